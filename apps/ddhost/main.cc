@@ -1,0 +1,79 @@
+// ddhost launcher. Loads the plug-in library the way a host application does (dlopen, from
+// the lib folder beside bin/ unless --library names another file), then runs the host's
+// application module, which talks to the library through its public API.
+//
+//   ddhost [--library PATH] [--engine PATH] <command> [arguments...]
+#include <dlfcn.h>
+#include <limits.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string ExecutableDirectory() {
+  char path[PATH_MAX];
+  ssize_t n = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (n <= 0) return ".";
+  path[n] = '\0';
+  std::string s(path);
+  size_t slash = s.rfind('/');
+  return slash == std::string::npos ? "." : s.substr(0, slash);
+}
+
+bool FileExists(const std::string& path) { return access(path.c_str(), R_OK) == 0; }
+
+// build/bin -> build/lib; <prefix>/bin -> <prefix>/lib (or lib64 / the multiarch folder).
+std::string FindBesideLib(const std::string& name) {
+  const std::string bin = ExecutableDirectory();
+  for (const char* lib : {"/../lib/", "/../lib64/", "/../lib/x86_64-linux-gnu/", "/"}) {
+    std::string candidate = bin + lib + name;
+    if (FileExists(candidate)) return candidate;
+  }
+  return bin + "/../lib/" + name;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::string library;
+  std::vector<char*> rest{argv[0]};
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--library") == 0 && i + 1 < argc) {
+      library = argv[++i];
+    } else if (std::strncmp(argv[i], "--library=", 10) == 0) {
+      library = argv[i] + 10;
+    } else {
+      rest.push_back(argv[i]);
+    }
+  }
+  if (library.empty()) library = FindBesideLib("libdolbydigital.so");
+
+  // RTLD_GLOBAL: the application module below links against the library by its soname and
+  // must bind to this very copy.
+  void* plugin = dlopen(library.c_str(), RTLD_NOW | RTLD_GLOBAL);
+  if (!plugin) {
+    std::fprintf(stderr, "ddhost: cannot load the library %s: %s\n", library.c_str(), dlerror());
+    return 2;
+  }
+  const std::string app_path = FindBesideLib("libddhost_app.so");
+  void* app = dlopen(app_path.c_str(), RTLD_NOW);
+  if (!app) {
+    std::fprintf(stderr, "ddhost: cannot load %s: %s\n", app_path.c_str(), dlerror());
+    return 2;
+  }
+  using AppMain = int (*)(int, char**);
+  auto app_main = reinterpret_cast<AppMain>(dlsym(app, "ddhost_app_main"));
+  if (!app_main) {
+    std::fprintf(stderr, "ddhost: %s has no entry point\n", app_path.c_str());
+    return 2;
+  }
+  rest.push_back(nullptr);
+  const int code = app_main(static_cast<int>(rest.size()) - 1, rest.data());
+  dlclose(app);
+  dlclose(plugin);
+  return code;
+}
