@@ -1,0 +1,85 @@
+// Input conditioning applied to every frame before analysis: DC removal, LFE band limiting,
+// a 90 degree phase shift of the surround pair and a 3 dB surround attenuation.
+//
+// Every slot goes through the same fixed delay (kDelaySamples) whatever the settings, so the
+// encoder's overall delay never depends on them and, with every option off, the output is a
+// bit-exact delayed copy of the input. The delay is the group delay of the linear-phase FIR
+// that performs the phase shift; unshifted slots run through a plain delay line of that length.
+//
+// Fixed-size state only (the object lives inside the engine's memory pool); Process may be
+// called with any block length, state carries over from one call to the next.
+#ifndef DDPI_ENGINE_ENCODER_ENC_PREPROCESS_H
+#define DDPI_ENGINE_ENCODER_ENC_PREPROCESS_H
+
+namespace ddpi::enc {
+
+struct PreprocessSettings {
+  bool dc_highpass = true;               // 2nd-order high-pass at 3 Hz on full-bandwidth slots
+  bool lfe_lowpass = true;               // 4th-order Butterworth low-pass at 120 Hz on slot 3
+  bool phase_shift_90 = false;           // Ls and Rs lag the other slots by 90 degrees
+  bool surround_attenuation_3db = false; // Ls and Rs scaled by 10^(-3/20)
+};
+
+// Second-order section in transposed direct form II. Coefficients and state are double: the DC
+// high-pass has its poles within 4e-4 of the unit circle, where float coefficients and state
+// would add audible low-frequency rounding noise.
+struct Biquad {
+  double b0 = 1, b1 = 0, b2 = 0, a1 = 0, a2 = 0;
+  double s1 = 0, s2 = 0;
+
+  void Clear() { s1 = s2 = 0; }
+  void Run(float* samples, int n);
+  // Zeroes state that has decayed towards the subnormal range or become non-finite, so that
+  // silence after a signal never runs at subnormal speed and a bad input cannot stick.
+  void Sanitize();
+};
+
+class Preprocessor {
+ public:
+  static constexpr int kSlots = 11;
+  static constexpr int kLfeSlot = 3;
+  static constexpr int kLeftSurroundSlot = 4;
+  static constexpr int kRightSurroundSlot = 5;
+
+  // Odd-length antisymmetric (type III) FIR: 90 degree shift from about 100 Hz up to 23.9 kHz.
+  static constexpr int kHilbertTaps = 1023;
+  static constexpr int kDelaySamples = (kHilbertTaps - 1) / 2;  // 511, for every slot
+
+  static constexpr double kDcCutoffHz = 3.0;
+  static constexpr double kLfeCutoffHz = 120.0;
+  static constexpr float kSurroundAttenuation = 0.70794578f;  // -3 dB
+
+  // Clears all history (delay lines and filter states) and takes the new settings.
+  void Reset(const PreprocessSettings& settings);
+
+  // slots[0..10] (0 L, 1 R, 2 C, 3 LFE, 4 Ls, 5 Rs, 6..10 extra), processed in place, n samples
+  // each. Slots not marked active are left untouched; their history is not advanced.
+  void Process(float* const slots[kSlots], const bool active[kSlots], int n);
+
+  const PreprocessSettings& settings() const { return settings_; }
+
+ private:
+  static constexpr int kChunk = 1536;             // longest run handled in one pass
+  static constexpr int kHistory = kHilbertTaps - 1;
+  static constexpr int kHalfTaps = (kDelaySamples + 1) / 2;  // non-zero taps on one side
+
+  void ProcessChunk(float* const slots[kSlots], const bool active[kSlots], int offset, int n);
+  void DelayOrShift(int slot, float* samples, int n, bool shift);
+  void DesignHilbert();
+  static void DesignDcHighpass(Biquad* section);
+  static void DesignLfeLowpass(Biquad sections[2]);
+
+  PreprocessSettings settings_;
+  Biquad dc_filter_[kSlots];
+  Biquad lfe_filter_[2];
+  // Hilbert taps for odd offsets 1, 3, 5, ... from the centre (the even ones are zero).
+  float hilbert_[kHalfTaps];
+  // Last kHistory input samples of each slot, oldest first.
+  float history_[kSlots][kHistory];
+  // History followed by the current chunk: the window the FIR and the delay line read from.
+  float window_[kHistory + kChunk];
+};
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_PREPROCESS_H
