@@ -1,6 +1,7 @@
 // Localized texts. A key reads "$$$/<name>=<English default>": the text is looked up by
-// <name> in the loaded string table, else the default is used. Placeholders "@0".."@9" are
-// filled from the arguments, then the markup "#{deg}", "#{endl}" and "#{U+XXXX}" is expanded.
+// <name> in the loaded string table, else the default is used. The text is expanded in one
+// pass: placeholders "@0".."@9" become the arguments and the markup "#{deg}", "#{endl}" and
+// "#{U+XXXX}" its characters. Argument text is inserted as given, never expanded itself.
 #ifndef BASALT_LOCALIZATION_H
 #define BASALT_LOCALIZATION_H
 
@@ -28,6 +29,8 @@ class Localizer {
   // The text for `key` ("$$$/name=default" or a bare name) with markup expanded and
   // placeholders left in place.
   UTF16String Lookup(const char* key) const;
+  // The same text before any expansion.
+  UTF16String LookupRaw(const char* key) const;
 
   // Loads a UTF-8 table file of "name=text" lines ("#" starts a comment line; a leading
   // "$$$/" on the name is optional). Entries add to and override those already loaded.
