@@ -23,10 +23,14 @@
 // kAttackMs; a recovery (release) takes the profile's release time constant (film and speech
 // 800 ms, music 2 s) so that boosts do not pump between words or notes.
 //
-// Line mode limits boosts so that the block peak, after dialogue normalisation to -31 dBFS,
-// stays below full scale. RF mode lifts the dialogue by a further 11 dB (to -20 dBFS) and
-// then limits the gain so that the peak never exceeds full scale: the decoder output can never
-// overload whatever the profile.
+// Level is the RMS of the full-bandwidth channels' summed power over about 50 ms, in dB relative
+// to a full-scale sine, plus dialnorm.
+//
+// Headroom: line mode limits its gain so that the peak around each block, after the decoder's
+// dialogue normalisation to -31 dBFS, stays at or below full scale. A decoder in RF mode plays
+// dialogue 11 dB higher (-20 dBFS); the compr word carries the RF profile's gain limited so that
+// the frame's peak, normalised and lifted by those 11 dB, never exceeds full scale either. A
+// limited gain is always rounded down to a code at or below the limit.
 #ifndef DDPI_ENGINE_ENCODER_ENC_DRC_H
 #define DDPI_ENGINE_ENCODER_ENC_DRC_H
 
@@ -50,9 +54,13 @@ struct DrcFrameGains {
 
 // Code <-> gain conversions. *FromDb rounds to the nearest representable gain (in linear
 // terms) and saturates outside the word's range.
+// *AtMostDb returns the largest representable gain not above gain_db (the lowest code's gain
+// when gain_db is below the range).
 int DynrngCodeFromDb(double gain_db);
+int DynrngCodeAtMostDb(double gain_db);
 double DynrngDbFromCode(int code);
 int ComprCodeFromDb(double gain_db);
+int ComprCodeAtMostDb(double gain_db);
 double ComprDbFromCode(int code);
 
 // Static curve of a profile: gain in dB for a programme level relative to dialogue level.
@@ -85,6 +93,10 @@ class DrcAnalyzer {
   static double BlockPower(const float* const* channels, int channel_count, int offset);
   static double BlockPeak(const float* const* channels, int channel_count, int offset);
   static double ReleaseMs(int profile);
+  double TrackLevelDb(double block_power);
+  // Largest gain (dB) that keeps `peak`, normalised to the line reference plus lift_db, at or
+  // below full scale.
+  double HeadroomLimitDb(double peak, double lift_db) const;
 
   int line_profile_ = 0;
   int rf_profile_ = 0;

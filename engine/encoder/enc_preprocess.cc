@@ -1,0 +1,160 @@
+#include "enc_preprocess.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace ddpi::enc {
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kSampleRate = 48000.0;
+// Filter state below this is inaudible (-600 dB) and is dropped before it turns subnormal.
+constexpr double kStateFloor = 1e-30;
+// Kaiser window shape of the Hilbert FIR: about 1e-3 passband ripple (0.01 dB).
+constexpr double kKaiserBeta = 5.65;
+
+// Zeroth-order modified Bessel function of the first kind, by its power series.
+double BesselI0(double x) {
+  double sum = 1.0, term = 1.0;
+  const double quarter_x2 = x * x / 4.0;
+  for (int k = 1; k < 64 && term > sum * 1e-17; ++k) {
+    term *= quarter_x2 / (static_cast<double>(k) * k);
+    sum += term;
+  }
+  return sum;
+}
+
+double Kaiser(int offset, int half_length, double beta) {
+  const double r = static_cast<double>(offset) / half_length;
+  return BesselI0(beta * std::sqrt(1.0 - r * r)) / BesselI0(beta);
+}
+
+void ClearIfNegligible(double* state) {
+  if (!std::isfinite(*state) || std::fabs(*state) < kStateFloor) *state = 0.0;
+}
+
+}  // namespace
+
+void Biquad::Run(float* samples, int n) {
+  double z1 = s1, z2 = s2;
+  for (int i = 0; i < n; ++i) {
+    const double x = samples[i];
+    const double y = b0 * x + z1;
+    z1 = b1 * x - a1 * y + z2;
+    z2 = b2 * x - a2 * y;
+    samples[i] = static_cast<float>(y);
+  }
+  s1 = z1;
+  s2 = z2;
+}
+
+void Biquad::Sanitize() {
+  ClearIfNegligible(&s1);
+  ClearIfNegligible(&s2);
+}
+
+void Preprocessor::Reset(const PreprocessSettings& settings) {
+  settings_ = settings;
+  for (Biquad& section : dc_filter_) DesignDcHighpass(&section);
+  DesignLfeLowpass(lfe_filter_);
+  DesignHilbert();
+  std::memset(history_, 0, sizeof(history_));
+}
+
+// 2nd-order Butterworth high-pass by the bilinear transform (prewarped cutoff).
+void Preprocessor::DesignDcHighpass(Biquad* section) {
+  const double k = std::tan(kPi * kDcCutoffHz / kSampleRate);
+  const double norm = 1.0 / (1.0 + std::sqrt(2.0) * k + k * k);
+  section->b0 = norm;
+  section->b1 = -2.0 * norm;
+  section->b2 = norm;
+  section->a1 = 2.0 * (k * k - 1.0) * norm;
+  section->a2 = (1.0 - std::sqrt(2.0) * k + k * k) * norm;
+  section->Clear();
+}
+
+// 4th-order Butterworth low-pass as two sections whose Q values are the Butterworth pole pairs.
+void Preprocessor::DesignLfeLowpass(Biquad sections[2]) {
+  const double k = std::tan(kPi * kLfeCutoffHz / kSampleRate);
+  const double q_values[2] = {1.0 / (2.0 * std::cos(kPi / 8.0)),
+                              1.0 / (2.0 * std::cos(3.0 * kPi / 8.0))};
+  for (int s = 0; s < 2; ++s) {
+    const double q = q_values[s];
+    const double norm = 1.0 / (1.0 + k / q + k * k);
+    sections[s].b0 = k * k * norm;
+    sections[s].b1 = 2.0 * sections[s].b0;
+    sections[s].b2 = sections[s].b0;
+    sections[s].a1 = 2.0 * (k * k - 1.0) * norm;
+    sections[s].a2 = (1.0 - k / q + k * k) * norm;
+    sections[s].Clear();
+  }
+}
+
+// Ideal discrete Hilbert transformer 2/(pi m) at odd offsets m, Kaiser-windowed. Its phase is
+// exactly -90 degrees at every frequency once the group delay is taken out; the window only
+// shapes how the magnitude rolls off towards 0 Hz and 24 kHz.
+void Preprocessor::DesignHilbert() {
+  for (int j = 0; j < kHalfTaps; ++j) {
+    const int m = 2 * j + 1;
+    hilbert_[j] = static_cast<float>(2.0 / (kPi * m) * Kaiser(m, kDelaySamples + 1, kKaiserBeta));
+  }
+}
+
+void Preprocessor::Process(float* const slots[kSlots], const bool active[kSlots], int n) {
+  for (int offset = 0; offset < n; offset += kChunk) {
+    const int length = n - offset < kChunk ? n - offset : kChunk;
+    ProcessChunk(slots, active, offset, length);
+  }
+}
+
+void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kSlots], int offset,
+                                int n) {
+  for (int slot = 0; slot < kSlots; ++slot) {
+    if (!active[slot] || slots[slot] == nullptr) continue;
+    float* samples = slots[slot] + offset;
+    const bool surround = slot == kLeftSurroundSlot || slot == kRightSurroundSlot;
+
+    if (slot == kLfeSlot) {
+      if (settings_.lfe_lowpass) {
+        for (Biquad& section : lfe_filter_) {
+          section.Run(samples, n);
+          section.Sanitize();
+        }
+      }
+    } else if (settings_.dc_highpass) {
+      dc_filter_[slot].Run(samples, n);
+      dc_filter_[slot].Sanitize();
+    }
+
+    DelayOrShift(slot, samples, n, surround && settings_.phase_shift_90);
+
+    if (surround && settings_.surround_attenuation_3db) {
+      for (int i = 0; i < n; ++i) samples[i] *= kSurroundAttenuation;
+    }
+  }
+}
+
+// Writes the slot's input delayed by kDelaySamples, or its Hilbert transform centred on that
+// same delay, back into samples, and keeps the last kHistory inputs for the next call.
+void Preprocessor::DelayOrShift(int slot, float* samples, int n, bool shift) {
+  std::memcpy(window_, history_[slot], sizeof(float) * kHistory);
+  std::memcpy(window_ + kHistory, samples, sizeof(float) * n);
+  const float* __restrict centre = window_ + kDelaySamples;  // centre[i] = input[i - delay]
+  float* __restrict out = samples;
+
+  if (!shift) {
+    std::memcpy(out, centre, sizeof(float) * n);
+  } else {
+    std::memset(out, 0, sizeof(float) * n);
+    for (int j = 0; j < kHalfTaps; ++j) {
+      const int m = 2 * j + 1;
+      const float tap = hilbert_[j];
+      const float* __restrict past = centre - m;
+      const float* __restrict future = centre + m;
+      for (int i = 0; i < n; ++i) out[i] += tap * (past[i] - future[i]);
+    }
+  }
+  std::memcpy(history_[slot], window_ + n, sizeof(float) * kHistory);
+}
+
+}  // namespace ddpi::enc
