@@ -4,6 +4,7 @@
 #include "moduledepot/codec_module_loader.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <mutex>
 
 #include <dlfcn.h>
@@ -58,7 +59,13 @@ std::string OwnFolder() {
   const std::string path(info.dli_fname);
   const std::size_t slash = path.find_last_of('/');
   if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
+  const std::string folder = slash == 0 ? "/" : path.substr(0, slash);
+  // The run path may have found us through "bin/../lib"; name the folder plainly.
+  char* resolved = ::realpath(folder.c_str(), nullptr);
+  if (resolved == nullptr) return folder;
+  const std::string plain(resolved);
+  std::free(resolved);
+  return plain;
 }
 
 std::string EffectivePath(const LoaderState& state) {
