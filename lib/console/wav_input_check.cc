@@ -1,0 +1,87 @@
+#include "console/wav_input_check.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace dolbydigital {
+namespace {
+
+bool Raised(const WavReader& reader, const char* message) {
+  const auto& messages = reader.HeaderMessages();
+  return std::find(messages.begin(), messages.end(), message) != messages.end();
+}
+
+std::string Format(const char* format, unsigned long long a, unsigned long long b = 0) {
+  char text[256];
+  std::snprintf(text, sizeof text, format, a, b);
+  return text;
+}
+
+std::string Printable(std::string id) {
+  for (char& ch : id)
+    if (ch < 0x20 || ch > 0x7E) ch = '?';
+  return id;
+}
+
+bool ReadableSampleFormat(const WavReader& reader) {
+  const int bits = reader.GetBitsPerSample();
+  if (reader.IsFloatData()) return bits == 32;
+  // 32-bit integer samples would be taken for float bits: refuse them rather than make noise.
+  return bits == 16 || bits == 24;
+}
+
+void CheckFormat(const WavReader& reader, WavInputCheck& check) {
+  if (Raised(reader, WavReader::kNotAWaveFile))
+    check.errors.push_back(std::string(WavReader::kNotAWaveFile) + ": the file is not RIFF/WAVE");
+  if (!reader.HasFormatChunk()) {
+    check.errors.push_back("the file has no \"fmt \" chunk");
+    return;
+  }
+  if (Raised(reader, WavReader::kUnknownFormat))
+    check.errors.push_back(std::string(WavReader::kUnknownFormat) +
+                           Format(": format tag 0x%04llX is neither integer PCM nor IEEE float",
+                                  reader.GetFormatTag()));
+  if (reader.GetChannelCount() == 0) check.errors.push_back("the file declares no channels");
+  if (reader.GetSampleRate() == 0) check.errors.push_back("the file declares a sample rate of 0");
+  if (!Raised(reader, WavReader::kUnknownFormat) && !ReadableSampleFormat(reader)) {
+    check.errors.push_back(Format("%llu-bit ", reader.GetBitsPerSample()) +
+                           (reader.IsFloatData() ? "float" : "integer") +
+                           " samples cannot be read: use 16-bit or 24-bit integer PCM or 32-bit "
+                           "float");
+  } else if (Raised(reader, WavReader::kUnsupportedSampleFormat)) {
+    check.warnings.push_back(std::string("header: ") + WavReader::kUnsupportedSampleFormat +
+                             Format("; the %llu-bit samples are read all the same",
+                                    reader.GetBitsPerSample()));
+  }
+}
+
+void CheckData(const WavReader& reader, WavInputCheck& check) {
+  if (Raised(reader, WavReader::kDataChunkMissing)) {
+    check.errors.push_back(std::string(WavReader::kDataChunkMissing) + ": a \"" +
+                           Printable(reader.GetChunkIdAfterFormat()) +
+                           "\" chunk follows the \"fmt \" chunk where \"data\" must come");
+    return;
+  }
+  const std::uint64_t declared = reader.GetDataLength();
+  const std::uint64_t available = reader.GetAvailableDataLength();
+  if (available < declared)
+    check.warnings.push_back(Format("the data chunk declares %llu bytes but the file holds only "
+                                    "%llu; encoding what is there",
+                                    declared, available));
+  if (reader.GetFrameCount() == 0) check.errors.push_back("the file holds no audio");
+}
+
+}  // namespace
+
+WavInputCheck CheckWavInput(const WavReader& reader) {
+  WavInputCheck check;
+  if (!reader.IsOpen()) {
+    check.errors.push_back("the file cannot be opened");
+    return check;
+  }
+  CheckFormat(reader, check);
+  if (check.Usable()) CheckData(reader, check);
+  return check;
+}
+
+}  // namespace dolbydigital
