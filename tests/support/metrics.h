@@ -1,0 +1,39 @@
+// Signal comparisons for round trips and quality figures.
+#ifndef DD_TESTS_SUPPORT_METRICS_H
+#define DD_TESTS_SUPPORT_METRICS_H
+
+#include <cstddef>
+#include <vector>
+
+namespace ddtest {
+
+// 10 log10(sum ref^2 / sum (test - ref)^2) over ref[ref_begin + i], test[test_begin + i],
+// i < count (clamped to what both hold). +inf for identical signals, -inf for silent ref.
+double SnrDb(const std::vector<float>& ref, const std::vector<float>& test, size_t ref_begin,
+             size_t test_begin, size_t count);
+
+// The lag L in [-max_lag, max_lag] that maximises sum ref[i] * test[i + L]: a positive L means
+// test runs L samples late. Computed by FFT over at most the first `window` samples of ref.
+int BestLag(const std::vector<float>& ref, const std::vector<float>& test, int max_lag,
+            size_t window = 1 << 20);
+
+// sum a b / sqrt(sum a^2 sum b^2) over a[i], b[i + lag] where both exist; 0 if either is silent.
+double NormalizedCorrelation(const std::vector<float>& a, const std::vector<float>& b,
+                             int lag = 0);
+
+double RmsDb(const std::vector<float>& x);   // dB re amplitude 1.0; -inf when silent
+double PeakDb(const std::vector<float>& x);
+
+// Mean noise-to-mask ratio in dB of test against ref (aligned, same rate), from a simple
+// Bark-band masking model: 2048-point Hann frames with 50% overlap; power in critical bands
+// up to 20 kHz; the reference's band powers spread across bands (falling 25 dB per Bark
+// towards lower bands, 10 dB per Bark towards higher ones) and lowered by a fixed 12 dB masking offset, floored
+// at an absolute threshold of -100 dB re full scale per band. Per frame the ratio of error
+// power to mask is averaged over bands; frames whose reference is below -70 dBFS are skipped;
+// the result is the mean over frames in dB. Lower is better; below 0 dB the error is masked.
+double NoiseToMaskDb(const std::vector<float>& ref, const std::vector<float>& test,
+                     int rate = 48000);
+
+}  // namespace ddtest
+
+#endif  // DD_TESTS_SUPPORT_METRICS_H
