@@ -1,0 +1,236 @@
+// Our encoder against FFmpeg's on the same 60 s 5.1 programme, in one run:
+//   AC-3 at 448 kbps (engine mode 1 vs ffmpeg -c:a ac3) and E-AC-3 at 192 kbps (engine mode 0
+//   vs ffmpeg -c:a eac3). Each encode runs as its own child process, so wall time and peak
+//   memory (the child's maximum resident set) are measured the same way for both. Quality is
+//   measured after decoding each stream with FFmpeg (DRC off, so only coding error remains),
+//   aligned with the lag finder: SNR and the Bark-band noise-to-mask ratio, averaged over the
+//   five full-bandwidth channels.
+//
+// bench_encoder [--seconds N] [--engine PATH/libddpi_engine.so] [--keep DIR]
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "dd_test_support.h"
+#include "engine_runner.h"
+
+namespace {
+
+using ddtest::Planar;
+
+constexpr int kRate = 48000;
+constexpr int kChannels = 6;  // L R C LFE Ls Rs
+constexpr int kLfe = 3;
+
+std::string SelfPath() {
+  char buffer[4096];
+  const ssize_t n = readlink("/proc/self/exe", buffer, sizeof(buffer) - 1);
+  return n > 0 ? std::string(buffer, static_cast<size_t>(n)) : "bench_encoder";
+}
+
+std::string DefaultEnginePath() {
+  const std::filesystem::path exe(SelfPath());
+  return (exe.parent_path().parent_path() / "lib" / "libddpi_engine.so").string();
+}
+
+// Speech naming each loudspeaker every few seconds (staggered per channel), over a quiet pink
+// noise bed, sustained harmonic "music" in the fronts and surrounds, castanet-like attacks in
+// L and Rs, and a low tone in LFE.
+Planar MakeProgramme(size_t frames) {
+  static const char* kNames[kChannels] = {"Front_Left", "Front_Right", "Front_Center",
+                                          nullptr,      "Rear_Left",   "Rear_Right"};
+  const double kMusicAmplitude[kChannels] = {0.06, 0.06, 0.02, 0, 0.04, 0.04};
+  Planar p;
+  p.channels.assign(kChannels, std::vector<float>(frames, 0.0f));
+  for (int c = 0; c < kChannels; ++c) {
+    std::vector<float>& x = p.channels[c];
+    if (c == kLfe) {
+      ddtest::MixInto(&x, ddtest::Sine(frames, 40.0, 0.15));
+      ddtest::MixInto(&x, ddtest::Sine(frames, 70.0, 0.08));
+      continue;
+    }
+    const std::vector<float> speech = ddtest::LoadAlsaSpeech({kNames[c]}, 2 * kRate).channels[0];
+    const size_t period = 6 * kRate;
+    for (size_t start = c * kRate; start < frames; start += period) {
+      for (size_t i = 0; i < speech.size() && start + i < frames; ++i) x[start + i] += speech[i];
+    }
+    ddtest::MixInto(&x, ddtest::PinkNoise(frames, 0.01, 11 + c));
+    ddtest::MixInto(&x, ddtest::ToneChords(frames, kRate * 3 / 2, kMusicAmplitude[c], 21 + c));
+    if (c == 0 || c == 5) {
+      ddtest::MixInto(&x, ddtest::CastanetBursts(frames, 2 * kRate + 777 * c, 0.5f, 31 + c));
+    }
+    for (float& v : x) v = std::fmax(-0.98f, std::fmin(0.98f, v));
+  }
+  return p;
+}
+
+struct EncodeRun {
+  bool ok = false;
+  std::string error;
+  double wall_seconds = 0;
+  double peak_mb = 0;
+  double snr_db = 0;
+  double nmr_db = 0;
+  int lag = 0;
+  long bytes = 0;
+  std::string per_channel;  // "L 31.2 R 30.9 ..." SNR / NMR per full-bandwidth channel
+};
+
+// Decodes `stream` with FFmpeg and compares it with the programme.
+void MeasureQuality(const Planar& programme, const std::string& stream, EncodeRun* run) {
+  const ddtest::DecodeResult decoded = ddtest::DecodeFile(stream, {"-drc_scale", "0"});
+  if (!decoded.Clean() || decoded.channels != kChannels) {
+    run->ok = false;
+    run->error = "decode: " + decoded.stderr_text + " (" + std::to_string(decoded.channels) +
+                 " channels)";
+    return;
+  }
+  run->lag = ddtest::BestLag(programme.channels[2], decoded.audio.channels[2], 8192, 10 * kRate);
+  const size_t skip = kRate;  // leave out the first second (encoder start-up)
+  const size_t count = programme.frames() - 2 * skip;
+  double snr_sum = 0, nmr_sum = 0;
+  int measured = 0;
+  for (int c = 0; c < kChannels; ++c) {
+    if (c == kLfe) continue;
+    const std::vector<float>& ref = programme.channels[c];
+    const std::vector<float>& out = decoded.audio.channels[c];
+    const long start = static_cast<long>(skip) + run->lag;
+    if (start < 0 || static_cast<size_t>(start) + count > out.size()) {
+      run->ok = false;
+      run->error = "decoded stream too short for lag " + std::to_string(run->lag);
+      return;
+    }
+    const double snr = ddtest::SnrDb(ref, out, skip, static_cast<size_t>(start), count);
+    const std::vector<float> ref_part(ref.begin() + skip, ref.begin() + skip + count);
+    const std::vector<float> out_part(out.begin() + start, out.begin() + start + count);
+    const double nmr = ddtest::NoiseToMaskDb(ref_part, out_part);
+    static const char* kLabels[kChannels] = {"L", "R", "C", "LFE", "Ls", "Rs"};
+    char text[64];
+    std::snprintf(text, sizeof(text), " %s %.1f/%.1f", kLabels[c], snr, nmr);
+    run->per_channel += text;
+    snr_sum += snr;
+    nmr_sum += nmr;
+    ++measured;
+  }
+  run->snr_db = snr_sum / measured;
+  run->nmr_db = nmr_sum / measured;
+}
+
+EncodeRun Finish(const ddtest::ProcessResult& process, const std::string& stream,
+                 const Planar& programme) {
+  EncodeRun run;
+  run.wall_seconds = process.wall_seconds;
+  run.peak_mb = process.peak_rss_kb / 1024.0;
+  if (process.exit_code != 0) {
+    run.error = process.stderr_text.empty() ? "exit " + std::to_string(process.exit_code)
+                                            : process.stderr_text;
+    return run;
+  }
+  run.ok = true;
+  run.bytes = static_cast<long>(std::filesystem::file_size(stream));
+  MeasureQuality(programme, stream, &run);
+  return run;
+}
+
+void PrintComparison(const char* title, const EncodeRun& ours, const EncodeRun& theirs) {
+  std::printf("\n%s\n", title);
+  std::printf("  %-24s %12s %12s %10s\n", "", "ours", "ffmpeg", "ours/ffm");
+  auto row = [&](const char* name, double a, double b, bool ratio, const char* unit) {
+    std::printf("  %-24s", name);
+    if (ours.ok) std::printf(" %10.3f%-2s", a, unit); else std::printf(" %12s", "-");
+    if (theirs.ok) std::printf(" %10.3f%-2s", b, unit); else std::printf(" %12s", "-");
+    if (ours.ok && theirs.ok && ratio && b != 0) std::printf(" %10.3f", a / b);
+    else if (ours.ok && theirs.ok) std::printf(" %+10.2f", a - b);
+    std::printf("\n");
+  };
+  row("encode wall time", ours.wall_seconds, theirs.wall_seconds, true, "s");
+  row("peak memory (RSS)", ours.peak_mb, theirs.peak_mb, true, "MB");
+  row("stream size", ours.bytes / 1024.0, theirs.bytes / 1024.0, true, "kB");
+  row("SNR, mean of 5 ch", ours.snr_db, theirs.snr_db, false, "dB");
+  row("NMR, mean of 5 ch", ours.nmr_db, theirs.nmr_db, false, "dB");
+  std::printf("  %-24s %10d   %10d\n", "alignment lag (samples)", ours.lag, theirs.lag);
+  std::printf("  SNR/NMR dB per channel, ours:  %s\n", ours.per_channel.c_str());
+  std::printf("  SNR/NMR dB per channel, ffmpeg:%s\n", theirs.per_channel.c_str());
+  if (!ours.ok) std::printf("  ours failed: %s\n", ours.error.c_str());
+  if (!theirs.ok) std::printf("  ffmpeg failed: %s\n", theirs.error.c_str());
+}
+
+int EngineChild(int argc, char** argv) {
+  if (argc != 7) {
+    std::fprintf(stderr, "usage: --engine-child ENGINE MODE KBPS IN.wav OUT\n");
+    return 2;
+  }
+  ddbench::EngineJob job;
+  job.engine_path = argv[2];
+  job.mode = std::atoi(argv[3]);
+  job.kbps = std::atoi(argv[4]);
+  job.input_wav = argv[5];
+  job.output_path = argv[6];
+  const ddbench::EngineReport report = ddbench::RunEngine(job);
+  if (!report.ok) {
+    std::fprintf(stderr, "%s\n", report.error.c_str());
+    return 1;
+  }
+  std::printf("%d %d %ld %ld\n", report.delay_samples, report.tail_samples, report.frames,
+              report.bytes);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc > 1 && std::strcmp(argv[1], "--engine-child") == 0) return EngineChild(argc, argv);
+
+  double seconds = 60;
+  std::string engine = DefaultEnginePath();
+  std::string keep;
+  for (int i = 1; i + 1 < argc; i += 2) {
+    if (std::strcmp(argv[i], "--seconds") == 0) seconds = std::atof(argv[i + 1]);
+    else if (std::strcmp(argv[i], "--engine") == 0) engine = argv[i + 1];
+    else if (std::strcmp(argv[i], "--keep") == 0) keep = argv[i + 1];
+  }
+
+  ddtest::TempDir temp("bench_encoder");
+  const std::string dir = keep.empty() ? temp.path() : keep;
+  std::filesystem::create_directories(dir);
+  const size_t frames = static_cast<size_t>(seconds * kRate);
+  const Planar programme = MakeProgramme(frames);
+  const std::string input = dir + "/programme.wav";
+  if (!ddtest::WriteWav(input, programme, ddtest::WavFormat::kFloat32)) {
+    std::fprintf(stderr, "cannot write %s\n", input.c_str());
+    return 1;
+  }
+  std::printf("programme: %.0f s, 5.1, 48 kHz float; engine %s\n", seconds, engine.c_str());
+
+  struct Item {
+    const char* title;
+    int mode;
+    int kbps;
+    const char* codec;
+    const char* extension;
+  };
+  const Item items[] = {{"AC-3 448 kbps (engine mode 1 / ffmpeg ac3)", 1, 448, "ac3", "ac3"},
+                        {"E-AC-3 192 kbps (engine mode 0 / ffmpeg eac3)", 0, 192, "eac3", "ec3"}};
+  int failures = 0;
+  for (const Item& item : items) {
+    const std::string ours_path = dir + "/ours." + item.extension;
+    const std::string theirs_path = dir + "/ffmpeg." + item.extension;
+    const ddtest::ProcessResult ours_process =
+        ddtest::RunProcess({SelfPath(), "--engine-child", engine, std::to_string(item.mode),
+                            std::to_string(item.kbps), input, ours_path});
+    const ddtest::ProcessResult theirs_process = ddtest::RunProcess(
+        {"ffmpeg", "-nostdin", "-v", "error", "-y", "-i", input, "-c:a", item.codec, "-b:a",
+         std::to_string(item.kbps) + "k", "-f", item.codec, theirs_path});
+    const EncodeRun ours = Finish(ours_process, ours_path, programme);
+    const EncodeRun theirs = Finish(theirs_process, theirs_path, programme);
+    PrintComparison(item.title, ours, theirs);
+    failures += !ours.ok + !theirs.ok;
+  }
+  return failures == 0 ? 0 : 1;
+}
