@@ -1,0 +1,64 @@
+// Constant tables of ATSC A/52 shared by encoding and parsing: bit allocation (section 7.2,
+// Tables 7.6 to 7.16), frame sizes (Table 5.18) and channel counts (Table 5.8).
+#ifndef DDPI_ENGINE_COMMON_AC3_TABLES_H
+#define DDPI_ENGINE_COMMON_AC3_TABLES_H
+
+#include <array>
+#include <cstdint>
+
+namespace ddpi::ac3 {
+
+constexpr int kBlocksPerFrame = 6;
+constexpr int kBlockSamples = 256;
+constexpr int kFrameSamples = kBlocksPerFrame * kBlockSamples;
+constexpr int kBands = 50;
+constexpr int kMaxCoefs = 256;
+constexpr int kMaxFbwChannels = 5;
+constexpr int kMaxChannels = 6;  // full-bandwidth channels plus LFE
+constexpr int kLfeEndMant = 7;
+
+// Number of full-bandwidth channels per acmod (Table 5.8).
+extern const uint8_t kFbwChannels[8];
+// Data rates of the frame-size codes, kbps (frmsizecod / 2).
+extern const uint16_t kFrameSizeRates[19];
+
+// Bit allocation tables.
+extern const uint8_t kSlowDecay[4];
+extern const uint8_t kFastDecay[4];
+extern const uint16_t kSlowGain[4];
+extern const uint16_t kDbPerBit[4];
+extern const int16_t kFloor[8];
+extern const uint16_t kFastGain[8];
+extern const uint8_t kLogAdd[260];            // latab
+extern const uint16_t kHearingThreshold48k[kBands];  // hth, fscod 0
+extern const uint8_t kBapTab[64];
+
+// Mantissa bits per bap (bap 1, 2 and 4 give the per-mantissa share of a group; see
+// enc_mantissas for exact counting).
+extern const uint8_t kMantissaBits[16];
+
+// First bin of each bit allocation band (bndtab), plus the end.
+inline constexpr uint8_t kBandStart[kBands + 1] = {
+    0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12,  13,  14,  15,  16,
+    17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 31,  34,  37,  40,  43,
+    46, 49, 55, 61, 67, 73, 79, 85, 97, 109, 121, 133, 157, 181, 205, 229, 253};
+
+constexpr std::array<uint8_t, kMaxCoefs> MakeBinToBand() {
+  std::array<uint8_t, kMaxCoefs> t{};
+  int band = 0;
+  for (int bin = 0; bin < kMaxCoefs; ++bin) {
+    while (band < kBands - 1 && bin >= kBandStart[band + 1]) ++band;
+    t[bin] = static_cast<uint8_t>(band);
+  }
+  return t;
+}
+
+// Band of each bin (masktab).
+inline constexpr std::array<uint8_t, kMaxCoefs> kBinToBand = MakeBinToBand();
+
+// Frame size in 16-bit words at 48 kHz for a rate in kbps (1536 samples per frame).
+constexpr int FrameWords48k(int kbps) { return kbps * 2; }
+
+}  // namespace ddpi::ac3
+
+#endif  // DDPI_ENGINE_COMMON_AC3_TABLES_H

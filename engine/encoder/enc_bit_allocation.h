@@ -1,0 +1,44 @@
+// The parametric bit allocation of A/52 section 7.2, as a decoder runs it: exponents to power
+// spectral density, integration into the 50 bands, excitation with the fast and slow leaks and
+// low-frequency compensation, masking curve against the hearing threshold, and finally the
+// bit allocation pointers for an SNR offset. Delta bit allocation is not used.
+#ifndef DDPI_ENGINE_ENCODER_ENC_BIT_ALLOCATION_H
+#define DDPI_ENGINE_ENCODER_ENC_BIT_ALLOCATION_H
+
+#include <cstdint>
+
+namespace ddpi::enc {
+
+struct BitAllocParams {
+  int sdcycod = 2;   // the defaults E-AC-3 implies when bamode = 0
+  int fdcycod = 1;
+  int sgaincod = 1;
+  int dbpbcod = 2;
+  int floorcod = 7;
+};
+
+// Everything of one channel's allocation that does not depend on the SNR offset.
+struct Masking {
+  int16_t psd[256];
+  int16_t mask[50];  // masking curve per band before the offset and floor
+  int start = 0;
+  int end = 0;
+};
+
+// psd, band integration, excitation and masking curve for bins [start, end) (start = 0:
+// full-bandwidth and LFE channels; LFE has end = 7).
+void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
+                    const BitAllocParams& params, Masking* out);
+
+// snroffset = ((csnroffst - 15) << 4 + fsnroffst) << 2.
+constexpr int SnrOffset(int csnroffst, int fsnroffst) {
+  return (((csnroffst - 15) << 4) + fsnroffst) << 2;
+}
+
+// Bit allocation pointers for bins [start, end).
+void ComputeBap(const Masking& masking, int snroffset, const BitAllocParams& params,
+                uint8_t* bap);
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_BIT_ALLOCATION_H

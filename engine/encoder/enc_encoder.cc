@@ -1,0 +1,92 @@
+#include "enc_encoder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "enc_frame_ac3.h"
+#include "enc_frame_eac3.h"
+
+namespace ddpi::enc {
+
+void Encoder::Configure(const EncoderConfig& config) {
+  config_ = config;
+  plan_ = PlanForRate(config.kbps, config.acmod, config.lfe);
+  const int nfch = FbwChannels(config.acmod);
+  std::fill(active_, active_ + kInputSlots, false);
+  for (int c = 0; c < nfch; ++c) {
+    slot_of_channel_[c] = FbwSlot(config.acmod, c);
+    active_[slot_of_channel_[c]] = true;
+  }
+  if (config.lfe) {
+    slot_of_channel_[nfch] = kLfeSlot;
+    active_[kLfeSlot] = true;
+  }
+  preprocessor_.Reset(config.preprocess);
+  drc_.Reset(config.drc_line_profile, config.drc_rf_profile, config.metadata.dialnorm);
+  for (TransientDetector& t : transient_) t.Reset();
+  std::memset(history_, 0, sizeof history_);
+  std::memset(work_, 0, sizeof work_);
+  std::memset(unused_, 0, sizeof unused_);
+
+  frame_.acmod = config.acmod;
+  frame_.nfch = nfch;
+  frame_.lfe = config.lfe;
+  frame_.channels = nfch + (config.lfe ? 1 : 0);
+}
+
+void Encoder::ConditionInput(const float* const slots[kInputSlots], InputReport* report) {
+  for (int s = 0; s < 6; ++s) {
+    if (!active_[s]) continue;
+    const float* in = slots[s];
+    float* out = work_[s];
+    for (int n = 0; n < kFrameInput; ++n) {
+      float x = in[n];
+      if (!std::isfinite(x)) {
+        ++report->non_finite;
+        x = 0.0f;
+      } else if (x > 1.0f || x < -1.0f) {
+        ++report->clipped;
+        x = x > 1.0f ? 1.0f : -1.0f;
+      }
+      out[n] = x;
+    }
+  }
+}
+
+void Encoder::AdvanceHistory() {
+  for (int c = 0; c < frame_.channels; ++c) {
+    float* h = history_[c];
+    std::memmove(h, h + kFrameInput, kHistory * sizeof(float));
+    std::memcpy(h + kHistory, work_[slot_of_channel_[c]], kFrameInput * sizeof(float));
+  }
+}
+
+int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
+                         InputReport* report) {
+  ConditionInput(slots, report);
+  float* planes[kInputSlots];
+  for (int s = 0; s < kInputSlots; ++s) planes[s] = s < 6 ? work_[s] : unused_;
+  preprocessor_.Process(planes, active_, kFrameInput);
+  AdvanceHistory();
+
+  // Block b transforms history[256b, 256b + 512); its second half enters for the first time.
+  for (int c = 0; c < frame_.channels; ++c)
+    for (int b = 0; b < kBlocks; ++b)
+      short_blocks_[c][b] = transient_[c].Detect(history_[c] + kHistory + b * 256);
+
+  // The decoder reproduces history[256b, 256b + 256) from block b: the DRC words are computed
+  // on exactly those samples.
+  const float* fbw[kMaxChannels];
+  for (int c = 0; c < frame_.nfch; ++c) fbw[c] = history_[c];
+  drc_.AnalyzeFrame(fbw, frame_.nfch, kBlocks, &frame_.drc);
+
+  const float* input[kMaxChannels];
+  for (int c = 0; c < frame_.channels; ++c) input[c] = history_[c];
+  AnalyzeFrame(input, short_blocks_, plan_, &frame_);
+  const bool ok = config_.eac3 ? EncodeEac3Frame(config_, &frame_, &packer_, out)
+                               : EncodeAc3Frame(config_, &frame_, &packer_, out);
+  return ok ? config_.kbps * 4 : 0;
+}
+
+}  // namespace ddpi::enc

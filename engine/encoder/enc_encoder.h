@@ -1,0 +1,61 @@
+// One encoded stream: input conditioning, pre-processing, the analysis history of every coded
+// channel, transient detection, DRC analysis and the frame writers. Fixed-size state only; the
+// object is placement-constructed inside the engine's memory pool.
+#ifndef DDPI_ENGINE_ENCODER_ENC_ENCODER_H
+#define DDPI_ENGINE_ENCODER_ENC_ENCODER_H
+
+#include <cstdint>
+
+#include "enc_config.h"
+#include "enc_drc.h"
+#include "enc_frame.h"
+#include "enc_preprocess.h"
+#include "enc_transient.h"
+
+namespace ddpi::enc {
+
+constexpr int kInputSlots = 11;
+
+// What the input conditioning had to repair in one frame.
+struct InputReport {
+  int non_finite = 0;   // NaN or infinite samples, replaced by 0
+  int clipped = 0;      // samples beyond +-1, clipped
+};
+
+class Encoder {
+ public:
+  // Samples from input to decoded output: the pre-processing delay plus the 256 samples of
+  // overlap the transform needs before a block can be coded.
+  static constexpr int kDelaySamples = Preprocessor::kDelaySamples + kHistory;
+
+  // Starts a new stream with `config` (its rate must suit its channels, see MinimumRate).
+  void Configure(const EncoderConfig& config);
+
+  // Encodes 1536 samples of every slot (unused slots are ignored) into one syncframe of
+  // 2 * kbps words. Returns the frame size in bytes, or 0 if the frame could not be fitted.
+  int EncodeFrame(const float* const slots[kInputSlots], uint8_t* out, InputReport* report);
+
+  const EncoderConfig& config() const { return config_; }
+
+ private:
+  void ConditionInput(const float* const slots[kInputSlots], InputReport* report);
+  void AdvanceHistory();
+
+  EncoderConfig config_;
+  CodingPlan plan_;
+  int slot_of_channel_[kMaxChannels] = {};
+  bool active_[kInputSlots] = {};
+  Preprocessor preprocessor_;
+  DrcAnalyzer drc_;
+  TransientDetector transient_[kMaxChannels];
+  float work_[6][kFrameInput];
+  float unused_[kFrameInput];
+  float history_[kMaxChannels][kHistory + kFrameInput];
+  bool short_blocks_[kMaxChannels][kBlocks];
+  FrameData frame_;
+  MantissaPacker packer_;
+};
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_ENCODER_H

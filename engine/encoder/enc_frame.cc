@@ -1,0 +1,159 @@
+#include "enc_frame.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "ac3_tables.h"
+#include "enc_mdct.h"
+
+namespace ddpi::enc {
+namespace {
+
+// Audio bandwidth for a data rate per full-bandwidth channel (kbps -> Hz), interpolated.
+struct BandwidthPoint {
+  int kbps;
+  int hz;
+};
+constexpr BandwidthPoint kBandwidth[] = {{24, 7000},  {32, 9500},  {40, 11500}, {48, 13500},
+                                         {64, 16000}, {80, 18000}, {96, 19500}, {128, 20300}};
+
+int BandwidthHz(double kbps_per_channel) {
+  constexpr int n = sizeof(kBandwidth) / sizeof(kBandwidth[0]);
+  if (kbps_per_channel <= kBandwidth[0].kbps) return kBandwidth[0].hz;
+  for (int i = 1; i < n; ++i) {
+    if (kbps_per_channel <= kBandwidth[i].kbps) {
+      const double t = (kbps_per_channel - kBandwidth[i - 1].kbps) /
+                       (kBandwidth[i].kbps - kBandwidth[i - 1].kbps);
+      return static_cast<int>(kBandwidth[i - 1].hz + t * (kBandwidth[i].hz - kBandwidth[i - 1].hz));
+    }
+  }
+  return kBandwidth[n - 1].hz;
+}
+
+}  // namespace
+
+int FbwChannels(int acmod) { return ac3::kFbwChannels[acmod & 7]; }
+
+int FbwSlot(int acmod, int channel) {
+  // Bitstream channel order (A/52 Table 5.8) to input slots (0 L, 1 R, 2 C, 4 Ls/S, 5 Rs).
+  static const int kSlots[8][5] = {{0, 1}, {2},          {0, 1},       {0, 2, 1},
+                                   {0, 1, 4}, {0, 2, 1, 4}, {0, 1, 4, 5}, {0, 2, 1, 4, 5}};
+  return kSlots[acmod & 7][channel];
+}
+
+int MinimumRate(int acmod) {
+  static const int kMin[6] = {0, 32, 64, 128, 160, 192};
+  return kMin[FbwChannels(acmod)];
+}
+
+CodingPlan PlanForRate(int kbps, int acmod, bool lfe) {
+  CodingPlan plan;
+  const int nfch = FbwChannels(acmod);
+  const double per_channel = (kbps - (lfe ? 4.0 : 0.0)) / nfch;
+  const int hz = BandwidthHz(per_channel);
+  // endmant = 73 + 3 * chbwcod bins of 93.75 Hz (A/52 section 7.1.3).
+  const int end = static_cast<int>(hz / 93.75);
+  plan.chbwcod = std::clamp((end - 73) / 3, 0, 60);
+  const double bits_per_block = kbps * 32.0 / (nfch * kBlocks);
+  plan.coarsen = bits_per_block >= 500 ? -1 : bits_per_block >= 250 ? 0 : bits_per_block >= 150 ? 1 : 2;
+  plan.reuse_threshold = plan.coarsen >= 1 ? 1.5f : 1.0f;
+  return plan;
+}
+
+void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
+                  const CodingPlan& plan, FrameData* f) {
+  for (int c = 0; c < f->channels; ++c) {
+    ChannelFrame& ch = f->ch[c];
+    ch.lfe = f->lfe && c == f->nfch;
+    ch.chbwcod = plan.chbwcod;
+    ch.end = ch.lfe ? ac3::kLfeEndMant : 73 + 3 * plan.chbwcod;
+    for (int b = 0; b < kBlocks; ++b) {
+      ch.blksw[b] = !ch.lfe && short_blocks[c][b];
+      const float* x = input[c] + b * ac3::kBlockSamples;
+      if (ch.blksw[b]) MdctShort(x, ch.coef[b]);
+      else MdctLong(x, ch.coef[b]);
+      // Bins past the bandwidth are not coded; clear them so nothing downstream sees them.
+      std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
+    }
+  }
+  if (f->acmod == 2) {
+    for (int b = 0; b < kBlocks; ++b)
+      RematrixBlock(f->ch[0].coef[b], f->ch[1].coef[b], f->ch[0].end, f->rematflg[b]);
+  }
+  for (int c = 0; c < f->channels; ++c) {
+    ChannelFrame& ch = f->ch[c];
+    for (int b = 0; b < kBlocks; ++b) ExtractExponents(ch.coef[b], 256, ch.exp[b]);
+    ChooseStrategies(ch.exp, ch.blksw, kBlocks, ch.end, plan.reuse_threshold,
+                     ch.lfe ? -2 : plan.coarsen, ch.strategy);
+    ShareAndCode(ch.exp, ch.strategy, kBlocks, ch.end);
+    for (int b = 0; b < kBlocks; ++b)
+      ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);
+  }
+}
+
+namespace {
+
+int MantissaBits(FrameData* f, int t) {
+  const int snroffset = (t - 240) << 2;
+  int bits = 0;
+  for (int b = 0; b < kBlocks; ++b) {
+    MantissaCounter counter;
+    for (int c = 0; c < f->channels; ++c) {
+      ChannelFrame& ch = f->ch[c];
+      ComputeBap(ch.masking[b], snroffset, f->ba, ch.bap[b]);
+      counter.Add(ch.bap[b], 0, ch.end);
+    }
+    bits += counter.Bits();
+  }
+  return bits;
+}
+
+}  // namespace
+
+bool AllocateFrame(int budget_bits, FrameData* f) {
+  // t = csnroffst * 16 + fsnroffst; the offset grows with t. t = 0 would tell the decoder
+  // that no mantissas follow, so the search starts at 1.
+  int lo = 1, hi = 63 * 16 + 15;
+  if (MantissaBits(f, lo) > budget_bits) return false;
+  while (lo < hi) {
+    const int mid = (lo + hi + 1) / 2;
+    if (MantissaBits(f, mid) <= budget_bits) lo = mid;
+    else hi = mid - 1;
+  }
+  MantissaBits(f, lo);
+  f->csnroffst = lo >> 4;
+  f->fsnroffst = lo & 15;
+  for (int c = 0; c < f->channels; ++c) {
+    ChannelFrame& ch = f->ch[c];
+    for (int b = 0; b < kBlocks; ++b)
+      for (int i = 0; i < ch.end; ++i)
+        ch.mant[b][i] = static_cast<int16_t>(QuantizeMantissa(ch.coef[b][i], ch.exp[b][i], ch.bap[b][i]));
+  }
+  return true;
+}
+
+void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block) {
+  const ExpStrategy s = ch.strategy[block];
+  if (s == kExpReuse) return;
+  uint8_t absexp;
+  uint8_t groups[256];
+  const int count = GroupExponents(ch.exp[block], ch.end, s, &absexp, groups);
+  bw->Put(absexp, 4);
+  for (int g = 0; g < count; ++g) bw->Put(groups[g], 7);
+  if (!ch.lfe) bw->Put(0, 2);  // gainrng
+}
+
+void WriteMantissas(BitWriter* bw, FrameData& f, int block, MantissaPacker* packer) {
+  packer->Begin();
+  for (int c = 0; c < f.channels; ++c) {
+    const ChannelFrame& ch = f.ch[c];
+    for (int i = 0; i < ch.end; ++i) packer->Add(ch.bap[block][i], ch.mant[block][i]);
+  }
+  packer->StartWriting();
+  for (int c = 0; c < f.channels; ++c) {
+    const ChannelFrame& ch = f.ch[c];
+    for (int i = 0; i < ch.end; ++i) packer->Write(bw, ch.bap[block][i], ch.mant[block][i]);
+  }
+}
+
+}  // namespace ddpi::enc

@@ -1,0 +1,75 @@
+// Analysis and bit allocation of one frame of six audio blocks, shared by the AC-3 and E-AC-3
+// frame writers: transforms with block switching, rematrixing, exponent strategies and
+// coding, masking curves, and the search of the SNR offsets that fills the frame.
+#ifndef DDPI_ENGINE_ENCODER_ENC_FRAME_H
+#define DDPI_ENGINE_ENCODER_ENC_FRAME_H
+
+#include <cstdint>
+
+#include "bit_writer.h"
+#include "enc_bit_allocation.h"
+#include "enc_config.h"
+#include "enc_drc.h"
+#include "enc_exponents.h"
+#include "enc_mantissas.h"
+#include "enc_rematrix.h"
+
+namespace ddpi::enc {
+
+constexpr int kBlocks = 6;
+constexpr int kMaxChannels = 6;       // five full-bandwidth channels and LFE
+constexpr int kHistory = 256;         // samples of the previous frame each transform needs
+constexpr int kFrameInput = 1536;
+
+struct ChannelFrame {
+  int end = 0;       // coded bins (endmant), 7 for LFE
+  int chbwcod = 0;   // bandwidth code (full-bandwidth channels)
+  bool lfe = false;
+  bool blksw[kBlocks] = {};
+  ExpStrategy strategy[kBlocks] = {};
+  float coef[kBlocks][256];
+  uint8_t exp[kBlocks][256];
+  Masking masking[kBlocks];
+  uint8_t bap[kBlocks][256];
+  int16_t mant[kBlocks][256];
+};
+
+struct FrameData {
+  int acmod = 0;
+  int nfch = 0;
+  bool lfe = false;
+  int channels = 0;  // nfch + lfe; the LFE channel is the last
+  ChannelFrame ch[kMaxChannels];
+  uint8_t rematflg[kBlocks][kRematrixBands] = {};
+  int csnroffst = 15;
+  int fsnroffst = 0;
+  int fgaincod = 4;
+  BitAllocParams ba;
+  DrcFrameGains drc = {};
+};
+
+// Per-rate choices made once per stream.
+struct CodingPlan {
+  int chbwcod = 60;
+  int coarsen = 0;           // exponent grouping bias, see ChooseStrategies
+  float reuse_threshold = 1; // mean exponent change that forces a new set
+};
+CodingPlan PlanForRate(int kbps, int acmod, bool lfe);
+
+// Transforms, exponents and masking of one frame. `input[c]` points at kHistory + 1536
+// samples of coded channel c (bitstream order, LFE last); `short_blocks[c][b]` says which
+// blocks use the short transforms.
+void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
+                  const CodingPlan& plan, FrameData* frame);
+
+// Largest SNR offset whose mantissas fit `budget_bits`; fills bap and mant. Returns false if
+// not even the smallest offset fits.
+bool AllocateFrame(int budget_bits, FrameData* frame);
+
+// Shared pieces of the block syntax.
+void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);
+void WriteMantissas(BitWriter* bw, FrameData& frame, int block, MantissaPacker* packer);
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_FRAME_H

@@ -1,0 +1,99 @@
+#include "enc_frame_ac3.h"
+
+#include "ac3_tables.h"
+#include "crc16.h"
+#include "enc_bsi.h"
+
+namespace ddpi::enc {
+namespace {
+
+// Bits at the end of every frame: auxdatae, crcrsv and crc2.
+constexpr int kTrailerBits = 18;
+
+void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
+                MantissaPacker* packer) {
+  const int nfch = f.nfch;
+  for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
+  for (int c = 0; c < nfch; ++c) bw->Put(0, 1);  // dithflag: bap 0 bins reproduce as zero
+  for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
+    bw->Put(f.drc.dynrng_on, 1);
+    if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
+  }
+  bw->Put(blk == 0, 1);  // cplstre
+  if (blk == 0) bw->Put(0, 1);  // cplinu
+  if (f.acmod == 2) {
+    bw->Put(1, 1);  // rematstr
+    for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
+  }
+  for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);
+  if (f.lfe) bw->Put(f.ch[nfch].strategy[blk] != kExpReuse, 1);
+  for (int c = 0; c < nfch; ++c)
+    if (f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+  for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
+  bw->Put(blk == 0, 1);  // baie
+  if (blk == 0) {
+    bw->Put(f.ba.sdcycod, 2);
+    bw->Put(f.ba.fdcycod, 2);
+    bw->Put(f.ba.sgaincod, 2);
+    bw->Put(f.ba.dbpbcod, 2);
+    bw->Put(f.ba.floorcod, 3);
+  }
+  bw->Put(blk == 0, 1);  // snroffste
+  if (blk == 0) {
+    bw->Put(f.csnroffst, 6);
+    for (int c = 0; c < f.channels; ++c) {
+      bw->Put(f.fsnroffst, 4);
+      bw->Put(f.fgaincod, 3);
+    }
+  }
+  bw->Put(0, 1);  // deltbaie
+  bw->Put(0, 1);  // skiple
+  if (packer) WriteMantissas(bw, f, blk, packer);
+}
+
+void WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer) {
+  bw->Put(0x0B77, 16);
+  bw->Put(0, 16);  // crc1, filled in afterwards
+  bw->Put(0, 2);   // fscod: 48 kHz
+  bw->Put(Ac3FrameSizeCode(cfg.kbps), 6);
+  WriteAc3Bsi(bw, cfg, f.drc);
+  for (int blk = 0; blk < kBlocks; ++blk) WriteBlock(bw, cfg, f, blk, packer);
+}
+
+}  // namespace
+
+int Ac3FrameSizeCode(int kbps) {
+  for (int i = 0; i < 19; ++i)
+    if (ac3::kFrameSizeRates[i] == kbps) return 2 * i;
+  return -1;
+}
+
+bool EncodeAc3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* packer,
+                    uint8_t* out) {
+  const int frame_bytes = ac3::FrameWords48k(cfg.kbps) * 2;
+  BitWriter counter;
+  WriteFrame(&counter, cfg, *f, nullptr);
+  const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
+  if (budget < 0 || !AllocateFrame(budget, f)) return false;
+
+  BitWriter bw(out, frame_bytes);
+  WriteFrame(&bw, cfg, *f, packer);
+  bw.PadTo(static_cast<size_t>(frame_bytes) * 8 - kTrailerBits);
+  bw.Put(0, 1);   // auxdatae
+  bw.Put(0, 1);   // crcrsv
+  bw.Put(0, 16);  // crc2
+  if (bw.overflowed() || bw.position() != static_cast<size_t>(frame_bytes) * 8) return false;
+
+  // crc1 protects the first 5/8 of the frame after the sync word; crc2 the rest, so that the
+  // whole frame after the sync word checks to zero (A/52 section 7.10.1).
+  const int frame58 = ((frame_bytes >> 2) + (frame_bytes >> 4)) << 1;
+  const uint16_t crc1 = Crc16LeadingWord(Crc16(out + 4, frame58 - 4), frame58 - 4);
+  out[2] = static_cast<uint8_t>(crc1 >> 8);
+  out[3] = static_cast<uint8_t>(crc1);
+  const uint16_t crc2 = Crc16(out + frame58, frame_bytes - 2 - frame58);
+  out[frame_bytes - 2] = static_cast<uint8_t>(crc2 >> 8);
+  out[frame_bytes - 1] = static_cast<uint8_t>(crc2);
+  return true;
+}
+
+}  // namespace ddpi::enc

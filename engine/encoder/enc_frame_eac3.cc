@@ -1,0 +1,92 @@
+#include "enc_frame_eac3.h"
+
+#include "ac3_tables.h"
+#include "crc16.h"
+#include "enc_bsi.h"
+
+namespace ddpi::enc {
+namespace {
+
+constexpr int kTrailerBits = 18;  // auxdatae, crcrsv, crc2
+
+// audfrm(): frame-level strategy flags. Every block carries its own exponent strategies,
+// block switch flags and dither flags; bit allocation parameters are the defaults; one SNR
+// offset pair serves the whole frame.
+void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
+  bw->Put(1, 1);  // expstre
+  bw->Put(0, 1);  // ahte
+  bw->Put(0, 2);  // snroffststr: frame SNR offsets
+  bw->Put(0, 1);  // transproce
+  bw->Put(1, 1);  // blkswe
+  bw->Put(1, 1);  // dithflage
+  bw->Put(0, 1);  // bamode: default bit allocation parameters
+  bw->Put(0, 1);  // frmfgaincode: fgaincod 4
+  bw->Put(0, 1);  // dbaflde
+  bw->Put(0, 1);  // skipflde
+  bw->Put(0, 1);  // spxattene
+  if (f.acmod > 1) {
+    bw->Put(0, 1);  // cplinu[0] (cplstre[0] is implied)
+    for (int blk = 1; blk < kBlocks; ++blk) bw->Put(0, 1);  // cplstre
+  }
+  for (int blk = 0; blk < kBlocks; ++blk)
+    for (int c = 0; c < f.nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);
+  if (f.lfe)
+    for (int blk = 0; blk < kBlocks; ++blk) bw->Put(f.ch[f.nfch].strategy[blk] != kExpReuse, 1);
+  bw->Put(0, 1);  // convexpstre
+  bw->Put(f.csnroffst, 6);  // frmcsnroffst
+  bw->Put(f.fsnroffst, 4);  // frmfsnroffst
+  bw->Put(0, 1);  // blkstrtinfoe
+}
+
+void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer) {
+  const int nfch = f.nfch;
+  for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
+  for (int c = 0; c < nfch; ++c) bw->Put(0, 1);  // dithflag
+  for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
+    bw->Put(f.drc.dynrng_on, 1);
+    if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
+  }
+  if (blk == 0) bw->Put(0, 1);  // spxinu (spxstre implied in block 0)
+  else bw->Put(0, 1);           // spxstre
+  if (f.acmod == 2) {
+    if (blk != 0) bw->Put(1, 1);  // rematstr (implied in block 0)
+    for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
+  }
+  for (int c = 0; c < nfch; ++c)
+    if (f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+  for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
+  bw->Put(0, 1);  // convsnroffste
+  if (packer) WriteMantissas(bw, f, blk, packer);
+}
+
+void WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer) {
+  bw->Put(0x0B77, 16);
+  WriteEac3Bsi(bw, cfg, ac3::FrameWords48k(cfg.kbps), f.drc);
+  WriteAudioFrame(bw, f);
+  for (int blk = 0; blk < kBlocks; ++blk) WriteBlock(bw, f, blk, packer);
+}
+
+}  // namespace
+
+bool EncodeEac3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* packer,
+                     uint8_t* out) {
+  const int frame_bytes = ac3::FrameWords48k(cfg.kbps) * 2;
+  BitWriter counter;
+  WriteFrame(&counter, cfg, *f, nullptr);
+  const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
+  if (budget < 0 || !AllocateFrame(budget, f)) return false;
+
+  BitWriter bw(out, frame_bytes);
+  WriteFrame(&bw, cfg, *f, packer);
+  bw.PadTo(static_cast<size_t>(frame_bytes) * 8 - kTrailerBits);
+  bw.Put(0, 1);   // auxdatae
+  bw.Put(0, 1);   // crcrsv
+  bw.Put(0, 16);  // crc2
+  if (bw.overflowed() || bw.position() != static_cast<size_t>(frame_bytes) * 8) return false;
+  const uint16_t crc = Crc16(out + 2, frame_bytes - 4);
+  out[frame_bytes - 2] = static_cast<uint8_t>(crc >> 8);
+  out[frame_bytes - 1] = static_cast<uint8_t>(crc);
+  return true;
+}
+
+}  // namespace ddpi::enc

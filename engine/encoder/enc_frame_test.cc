@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "ac3_tables.h"
+#include "crc16.h"
+#include "enc_bsi.h"
+#include "enc_encoder.h"
+#include "enc_frame_ac3.h"
+
+namespace ddpi::enc {
+namespace {
+
+// Encodes `frames` frames of a chirp-and-noise signal and returns them concatenated.
+std::vector<uint8_t> Encode(const EncoderConfig& cfg, int frames) {
+  auto enc = std::make_unique<Encoder>();
+  enc->Configure(cfg);
+  std::vector<float> planes(kInputSlots * 1536);
+  const float* slots[kInputSlots];
+  std::vector<uint8_t> out;
+  uint32_t seed = 1;
+  for (int f = 0; f < frames; ++f) {
+    for (int s = 0; s < kInputSlots; ++s) {
+      for (int n = 0; n < 1536; ++n) {
+        seed = seed * 1664525u + 1013904223u;
+        const double t = (f * 1536 + n) / 48000.0;
+        planes[s * 1536 + n] = static_cast<float>(
+            0.3 * std::sin(2 * M_PI * (200 + 3000 * t) * t * (s + 1)) +
+            0.05 * ((seed >> 8) / 16777216.0 - 0.5));
+      }
+      slots[s] = &planes[s * 1536];
+    }
+    uint8_t frame[4096];
+    InputReport report;
+    const int bytes = enc->EncodeFrame(slots, frame, &report);
+    EXPECT_EQ(bytes, cfg.kbps * 4);
+    if (bytes <= 0) break;
+    out.insert(out.end(), frame, frame + bytes);
+  }
+  return out;
+}
+
+TEST(Frame, Ac3FramesHaveExactSizeAndBothCrcs) {
+  for (int acmod : {0, 1, 2, 7}) {
+    for (int kbps : {MinimumRate(acmod), 448, 640}) {
+      EncoderConfig cfg;
+      cfg.eac3 = false;
+      cfg.acmod = acmod;
+      cfg.lfe = acmod != 0;
+      cfg.kbps = kbps;
+      const std::vector<uint8_t> s = Encode(cfg, 3);
+      const int frame = kbps * 4;
+      ASSERT_EQ(static_cast<int>(s.size()), 3 * frame);
+      for (int f = 0; f < 3; ++f) {
+        const uint8_t* p = &s[f * frame];
+        EXPECT_EQ(p[0], 0x0B);
+        EXPECT_EQ(p[1], 0x77);
+        EXPECT_EQ(p[4] & 0x3f, Ac3FrameSizeCode(kbps));
+        const int frame58 = ((frame >> 2) + (frame >> 4)) << 1;
+        EXPECT_EQ(Crc16(p + 2, frame58 - 2), 0) << "crc1, acmod " << acmod << " " << kbps;
+        EXPECT_EQ(Crc16(p + 2, frame - 2), 0) << "crc2, acmod " << acmod << " " << kbps;
+      }
+    }
+  }
+}
+
+TEST(Frame, Eac3FramesHaveFrmsizAndCrc) {
+  for (int kbps : {192, 333, 1024}) {
+    EncoderConfig cfg;
+    cfg.eac3 = true;
+    cfg.acmod = 7;
+    cfg.lfe = true;
+    cfg.kbps = kbps;
+    const std::vector<uint8_t> s = Encode(cfg, 2);
+    const int frame = kbps * 4;
+    ASSERT_EQ(static_cast<int>(s.size()), 2 * frame);
+    const uint8_t* p = s.data();
+    const int frmsiz = ((p[2] & 0x07) << 8) | p[3];
+    EXPECT_EQ(frmsiz + 1, frame / 2);
+    EXPECT_EQ(Crc16(p + 2, frame - 2), 0);
+  }
+}
+
+TEST(Frame, FrameSizeCodesCoverExactlyTheTableRates) {
+  for (int i = 0; i < 19; ++i) EXPECT_EQ(Ac3FrameSizeCode(ac3::kFrameSizeRates[i]), 2 * i);
+  EXPECT_EQ(Ac3FrameSizeCode(100), -1);
+  EXPECT_EQ(Ac3FrameSizeCode(1024), -1);
+}
+
+TEST(Bsi, AlternateSyntaxOnlyWhenNeeded) {
+  Metadata md;
+  EXPECT_EQ(Ac3Bsid(md), 8);
+  md.lorocmixlev = 6;
+  md.ltrtcmixlev = 6;
+  EXPECT_EQ(Ac3Bsid(md), 8);  // -6 dB is a cmixlev code
+  md.lorocmixlev = md.ltrtcmixlev = 2;
+  EXPECT_EQ(Ac3Bsid(md), 6);  // 0 dB is not
+  md = Metadata();
+  md.dmixmod = 2;
+  EXPECT_EQ(Ac3Bsid(md), 6);
+  md = Metadata();
+  md.ltrtsurmixlev = 6;
+  EXPECT_EQ(Ac3Bsid(md), 6);
+  md = Metadata();
+  md.adconvtyp = 1;
+  EXPECT_EQ(Ac3Bsid(md), 6);
+  md = Metadata();
+  md.dsurexmod = 1;
+  EXPECT_EQ(Ac3Bsid(md), 6);
+}
+
+}  // namespace
+}  // namespace ddpi::enc

@@ -1,0 +1,59 @@
+// Mantissa quantisation (A/52 sections 7.3 and 8.2.10): symmetric quantisers with 3, 5, 7, 11
+// and 15 levels for bap 1..5, two's complement (asymmetric) quantisers of 5..16 bits for bap
+// 6..15. Levels of bap 1, 2 and 4 are sent in groups (3 in 5 bits, 3 in 7 bits, 2 in 7 bits)
+// that run across all channels of an audio block.
+#ifndef DDPI_ENGINE_ENCODER_ENC_MANTISSAS_H
+#define DDPI_ENGINE_ENCODER_ENC_MANTISSAS_H
+
+#include <cstdint>
+
+#include "bit_writer.h"
+
+namespace ddpi::enc {
+
+// Quantises coef * 2^exp (a value in (-1, 1)) for `bap`: the level index (symmetric) or the
+// two's complement code (asymmetric), before grouping.
+int QuantizeMantissa(float coef, int exp, int bap);
+
+// The value a decoder reconstructs for a level/code (before the 2^-exp scaling), for tests.
+float DequantizeMantissa(int code, int bap);
+
+// Counts mantissas of one audio block to give its exact bit cost with grouping.
+struct MantissaCounter {
+  int count[16] = {};
+  void Add(const uint8_t* bap, int start, int end) {
+    for (int i = start; i < end; ++i) ++count[bap[i]];
+  }
+  int Bits() const;
+};
+
+// Writes the mantissas of one audio block channel by channel, forming the groups of bap 1, 2
+// and 4 across channels: a group's code goes out where its first member sits, and groups left
+// incomplete at the end of the block are filled with the zero level.
+class MantissaPacker {
+ public:
+  // First pass: register every mantissa of the block in stream order.
+  void Begin();
+  void Add(int bap, int code);
+  // Second pass: write them in the same order.
+  void StartWriting();
+  void Write(BitWriter* bw, int bap, int code);
+
+ private:
+  static constexpr int kMaxGroups = 6 * 256 / 2 + 2;
+  struct Group {
+    int size = 0;
+    int code = 0;
+  };
+  void Push(int kind, int code);
+
+  // Per grouped bap (1, 2, 4 -> 0, 1, 2): codes of the groups in order.
+  uint16_t codes_[3][kMaxGroups];
+  int filled_[3];   // members in the current group
+  int groups_[3];   // groups started
+  int cursor_[3];   // writing: mantissas of this kind written so far
+};
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_MANTISSAS_H

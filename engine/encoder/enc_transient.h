@@ -1,0 +1,29 @@
+// Transient detection for block switching (A/52 section 8.2.2). The 256 new samples of each
+// block go through a high-pass filter and are cut into a hierarchy of segments (one of 256,
+// two of 128, four of 64). A segment whose peak exceeds the preceding segment's peak by the
+// level's ratio, above a silence threshold, marks an attack: the block is then coded with two
+// short transforms so that the quantisation noise stays within 256 samples of the attack.
+#ifndef DDPI_ENGINE_ENCODER_ENC_TRANSIENT_H
+#define DDPI_ENGINE_ENCODER_ENC_TRANSIENT_H
+
+namespace ddpi::enc {
+
+class TransientDetector {
+ public:
+  void Reset();
+  // `block` holds the 256 samples that enter the transform for the first time.
+  bool Detect(const float* block);
+
+ private:
+  static constexpr int kLevels = 3;
+  float HighPass(float x);
+
+  // Second-order high-pass (8 kHz) in direct form II transposed.
+  float s1_ = 0, s2_ = 0;
+  // Peak of the last segment of each level in the previous block.
+  float last_peak_[kLevels] = {};
+};
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_TRANSIENT_H

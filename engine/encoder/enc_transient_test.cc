@@ -1,0 +1,43 @@
+#include "enc_transient.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace ddpi::enc {
+namespace {
+
+TEST(Transient, SteadyToneNeverSwitches) {
+  TransientDetector t;
+  t.Reset();
+  float block[256];
+  int switches = 0;
+  for (int b = 0; b < 40; ++b) {
+    for (int n = 0; n < 256; ++n) block[n] = 0.5f * std::sin(2 * M_PI * 1000.0 * (b * 256 + n) / 48000);
+    if (b > 0) switches += t.Detect(block);
+    else t.Detect(block);
+  }
+  EXPECT_EQ(switches, 0);
+}
+
+TEST(Transient, AttackAfterQuietSwitchesOnlyItsBlock) {
+  TransientDetector t;
+  t.Reset();
+  float quiet[256], attack[256];
+  for (int n = 0; n < 256; ++n) quiet[n] = 0.001f * std::sin(0.3f * n);
+  for (int n = 0; n < 256; ++n) attack[n] = n < 180 ? quiet[n] : 0.8f * ((n % 2) ? 1.0f : -1.0f);
+  for (int b = 0; b < 4; ++b) EXPECT_FALSE(t.Detect(quiet));
+  EXPECT_TRUE(t.Detect(attack));
+}
+
+TEST(Transient, SilenceAndNoiseFloorAreNotAttacks) {
+  TransientDetector t;
+  t.Reset();
+  float block[256] = {};
+  EXPECT_FALSE(t.Detect(block));
+  for (int n = 0; n < 256; ++n) block[n] = (n % 3 - 1) * 0.002f;  // below the silence threshold
+  EXPECT_FALSE(t.Detect(block));
+}
+
+}  // namespace
+}  // namespace ddpi::enc
