@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define BASALT_ASAN 1
@@ -66,6 +67,12 @@ class SizeClassPool {
   bool Refill() {
     void* slab = std::malloc(kSlabBytes);
     if (slab == nullptr) return false;
+    try {
+      slabs_.push_back(slab);
+    } catch (const std::bad_alloc&) {
+      std::free(slab);
+      return false;
+    }
     auto* bytes = static_cast<unsigned char*>(slab);
     const std::size_t count = kSlabBytes / block_bytes_;
     for (std::size_t i = count; i-- > 0;) {
@@ -80,6 +87,9 @@ class SizeClassPool {
   std::mutex mutex_;
   std::size_t block_bytes_ = 0;
   FreeBlock* free_ = nullptr;
+  // Every slab this pool owns. Free blocks are poisoned under AddressSanitizer, and its leak
+  // checker ignores pointers in poisoned memory, so the free list alone would not keep them.
+  std::vector<void*> slabs_;
 };
 
 class Pools {
