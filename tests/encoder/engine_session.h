@@ -1,0 +1,36 @@
+// Drives the engine's encoder through its exported C functions for tests: one stream from
+// planar input routed to engine slots, flushed so that every input sample comes out.
+#ifndef DD_TESTS_ENCODER_ENGINE_SESSION_H
+#define DD_TESTS_ENCODER_ENGINE_SESSION_H
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ddpi/ddpi_enc.h"
+#include "planar.h"
+
+namespace ddenc_test {
+
+struct EncodeRequest {
+  int mode = DDPI_ENC_MODE_DD;
+  std::vector<std::pair<int, int>> params;  // (engine id, value), sent in one setparams call
+  ddtest::Planar input;                     // one channel per entry of slots
+  std::vector<int> slots;                   // engine slot of each input channel
+};
+
+struct EncodeResult {
+  int error = 0;            // first non-zero engine result
+  std::vector<uint8_t> stream;
+  int delay = 0;            // engine delay in samples
+  int frames = 0;
+  std::vector<std::string> messages;  // engine messages received
+};
+
+// Encodes the whole input plus enough silent frames to flush delay and tail.
+EncodeResult EncodeWithEngine(const EncodeRequest& request);
+
+}  // namespace ddenc_test
+
+#endif  // DD_TESTS_ENCODER_ENGINE_SESSION_H
