@@ -62,7 +62,7 @@ bool DecodeReference(const std::string& path, int channels, std::vector<float>* 
                      const std::string& decoder_args) {
   const std::string raw = path + ".f32";
   const std::string cmd = "ffmpeg -nostdin -y -v error " + decoder_args + " -i '" + path +
-                          "' -f f32le -ac " + std::to_string(channels) + " '" + raw + "'";
+                          "' -f f32le '" + raw + "'";
   if (Run(cmd) != 0) return false;
   const std::vector<std::uint8_t> bytes = ReadFile(raw);
   interleaved->resize(bytes.size() / sizeof(float));
