@@ -26,6 +26,9 @@ TEST(JSONParse, IntegersAreSigned64BitUnlessTooLarge) {
   EXPECT_EQ(boost::any_cast<std::uint64_t>(Parsed("18446744073709551615")),
             std::numeric_limits<std::uint64_t>::max());
   EXPECT_EQ(boost::any_cast<std::int64_t>(Parsed("4294967297")), 4294967297);
+  // Beyond 64 bits the parser can only give a real.
+  EXPECT_DOUBLE_EQ(boost::any_cast<double>(Parsed("18446744073709551616")), 18446744073709551616.0);
+  EXPECT_DOUBLE_EQ(boost::any_cast<double>(Parsed("-9223372036854775809")), -9223372036854775809.0);
 }
 
 TEST(JSONParse, OtherScalars) {

@@ -65,7 +65,7 @@ TEST(SmallBlockAllocator, ServesStandardContainers) {
 TEST(SmallBlockAllocator, ConcurrentContainersStayIntact) {
   constexpr int kThreads = 4;
   std::vector<std::thread> threads;
-  std::vector<bool> intact(kThreads, false);
+  std::vector<int> intact(kThreads, 0);  // not vector<bool>: its bits share words
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([t, &intact] {
       bool ok = true;

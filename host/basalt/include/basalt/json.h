@@ -1,7 +1,7 @@
 // JSON values as a boost::any tree, parsed and printed with nlohmann/json.
 //   object  -> JSONObject (key-ordered map of UTF-8 names to shared values)
 //   array   -> JSONArray
-//   integer -> std::int64_t, or std::uint64_t above INT64_MAX
+//   integer -> std::int64_t, or std::uint64_t above INT64_MAX (double beyond 64 bits)
 //   real    -> double, true/false -> bool, string -> UTF8String, null -> empty boost::any
 #ifndef BASALT_JSON_H
 #define BASALT_JSON_H
