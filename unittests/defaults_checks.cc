@@ -1,6 +1,4 @@
 // Self-checks of the default configurations the parameter model builds.
-#include <vector>
-
 #include "dolbydigital/parameters.h"
 #include "unittests/self_check_list.h"
 
@@ -29,8 +27,7 @@ void DolbyDigitalDataRates(proofbench::TestContext& t) {
   int defaultRate = 0, lowest = 0, highest = 0;
   SELF_CHECK(t, GetParameterInfo(kParameterID_DataRate, map, rates, defaultRate, lowest, highest,
                                  ChannelLayout()));
-  const std::vector<int> offered(rates.begin(), rates.end());
-  SELF_CHECK(t, offered == (std::vector<int>{192, 224, 256, 320, 384, 448, 512, 576, 640}));
+  SELF_CHECK(t, rates == (ParameterValueSet{192, 224, 256, 320, 384, 448, 512, 576, 640}));
   SELF_CHECK(t, defaultRate == 192);
 }
 

@@ -2,8 +2,6 @@
 #ifndef DOLBYDIGITAL_UNITTESTS_SELF_CHECK_LIST_H
 #define DOLBYDIGITAL_UNITTESTS_SELF_CHECK_LIST_H
 
-#include <string>
-
 #include "dolbydigital/types.h"
 #include "proofbench/test_registry.h"
 
@@ -24,7 +22,10 @@ void ValueNames(proofbench::TestContext& t);
 void JSONRoundTrip(proofbench::TestContext& t);
 void JSONRefusals(proofbench::TestContext& t);
 
-inline std::string Text(const UTF16String& text) { return basalt::ToStdString(text); }
+// Whether a text the library hands out reads `expected` (UTF-8).
+inline bool Reads(const UTF16String& text, const char* expected) {
+  return text == basalt::UTF8to16(expected);
+}
 
 }  // namespace selfcheck
 }  // namespace dolbydigital

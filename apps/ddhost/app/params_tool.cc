@@ -169,9 +169,14 @@ int PrintParameterModel(const std::vector<std::string>& args) {
   }
   PrintHeading(options, map);
   for (const auto& group : GetParameterGroups()) {
-    std::printf("\n%s\n", Text(GetParameterGroupName(group.first)).c_str());
-    for (ParameterID id : group.second)
-      if (map.count(id)) PrintParameter(id, map, options.layout);
+    // A group whose parameters all went away in the correction is not shown.
+    bool shown = false;
+    for (ParameterID id : group.second) {
+      if (!map.count(id)) continue;
+      if (!shown) std::printf("\n%s\n", Text(GetParameterGroupName(group.first)).c_str());
+      shown = true;
+      PrintParameter(id, map, options.layout);
+    }
   }
   return 0;
 }
