@@ -1,5 +1,12 @@
 #include "basalt/console.h"
 
+#include <algorithm>
+#include <string>
+
+#include <fcntl.h>
+#include <pty.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 namespace basalt {
@@ -88,6 +95,59 @@ TEST(Console, ProgressIsSilentWithoutATerminal) {
   }
   // Captured stderr is a file, not a terminal.
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// Standard error redirected to a pseudo-terminal for the lifetime of the object.
+class TerminalOnStderr {
+ public:
+  TerminalOnStderr() {
+    if (::openpty(&master_, &slave_, nullptr, nullptr, nullptr) != 0) return;
+    ::fflush(stderr);
+    saved_ = ::dup(STDERR_FILENO);
+    ::dup2(slave_, STDERR_FILENO);
+    ::fcntl(master_, F_SETFL, O_NONBLOCK);
+  }
+  ~TerminalOnStderr() {
+    Restore();
+    if (master_ >= 0) ::close(master_);
+    if (slave_ >= 0) ::close(slave_);
+  }
+  bool Ready() const { return saved_ >= 0; }
+  void Restore() {
+    if (saved_ < 0) return;
+    ::fflush(stderr);
+    ::dup2(saved_, STDERR_FILENO);
+    ::close(saved_);
+    saved_ = -1;
+  }
+  std::string Drain() {
+    std::string text;
+    char chunk[4096];
+    for (ssize_t got; (got = ::read(master_, chunk, sizeof chunk)) > 0;) text.append(chunk, got);
+    return text;
+  }
+
+ private:
+  int master_ = -1, slave_ = -1, saved_ = -1;
+};
+
+TEST(Console, ProgressRedrawsOneThrottledLineOnATerminal) {
+  TerminalOnStderr terminal;
+  if (!terminal.Ready()) GTEST_SKIP() << "no pseudo-terminal available";
+  ASSERT_TRUE(IsInteractive());
+  {
+    ProgressReporter progress(AsciiToUTF16("Encoding"));
+    for (int step = 0; step <= 1000; ++step)  // a thousand updates, one per mille
+      progress.Update(step / 1000.0, AsciiToUTF16("12.3x"));
+  }
+  terminal.Restore();
+  const std::string shown = terminal.Drain();
+  EXPECT_NE(shown.find("\rEncoding  42% 12.3x"), std::string::npos) << shown.substr(0, 200);
+  EXPECT_NE(shown.find("Encoding 100% 12.3x"), std::string::npos);
+  const auto redraws = std::count(shown.begin(), shown.end(), '\r');
+  EXPECT_LE(redraws, 110) << "one redraw per percent, not per update";  // the tty adds \r before \n
+  EXPECT_GE(redraws, 100);
+  EXPECT_EQ(shown.back(), '\n') << "the line is ended when the reporter goes";
 }
 
 }  // namespace
