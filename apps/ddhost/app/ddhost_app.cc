@@ -2,6 +2,7 @@
 // command line asks for, and unregisters them again before the library is unloaded.
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,9 @@ void PrintUsage() {
               "                         dolbydigital.Encode -cfg=my.json -in=in.wav -out=out.ec3\n");
 }
 
-// Words after a console command's name form its argument text, joined by blanks.
+// Words after a console command's name form its argument text, joined by blanks. The
+// command reports its own errors; an exception escaping it is reported here, so that a
+// failing command always ends with a message and a non-zero exit code.
 int RunConsoleCommand(const std::string& name, const std::vector<std::string>& words) {
   std::string text;
   for (const std::string& w : words) text += (text.empty() ? "" : " ") + w;
@@ -35,12 +38,19 @@ int RunConsoleCommand(const std::string& name, const std::vector<std::string>& w
                  name.c_str());
     return 2;
   }
-  auto command = registry.CreateCommand(name16, basalt::UTF8to16(text.c_str()));
-  if (!command) {
-    std::fprintf(stderr, "ddhost: the command '%s' could not be created\n", name.c_str());
-    return 2;
+  try {
+    auto command = registry.CreateCommand(name16, basalt::UTF8to16(text.c_str()));
+    if (!command) {
+      std::fprintf(stderr, "ddhost: the command '%s' could not be created\n", name.c_str());
+      return 2;
+    }
+    return command->Run() ? 0 : 1;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "ddhost: the command '%s' failed: %s\n", name.c_str(), e.what());
+  } catch (...) {
+    std::fprintf(stderr, "ddhost: the command '%s' failed\n", name.c_str());
   }
-  return command->Run() ? 0 : 1;
+  return 1;
 }
 
 int Dispatch(const std::vector<std::string>& args) {
