@@ -111,14 +111,20 @@ void ReportEngineFailure(int error) {
           ModuleDepot::CodecModuleLoader::GetLastError() + ")");
 }
 
+// "Dolby Digital Plus, 3/2 + LFE (L R C LFE Ls Rs)".
 std::string DescribeStream(const ParameterMap& params) {
   const int mode = GetParameter(kParameterID_CodecMode, params);
   const int configuration = GetParameter(kParameterID_ChannelConfiguration, params);
-  std::string text = ToStdString(GetNameForValue(kParameterID_CodecMode, mode, params)) + ", " +
-                     ToStdString(GetNameForValue(kParameterID_ChannelConfiguration,
-                                                 configuration, params));
-  if (GetParameter(kParameterID_EnableLFE, params) == 1) text += " + LFE";
-  return text;
+  std::string layout = ToStdString(
+      GetNameForValue(kParameterID_ChannelConfiguration, configuration, params));
+  layout = layout.substr(0, layout.find(" ("));  // the channels are listed below
+  if (GetParameter(kParameterID_EnableLFE, params) == 1) layout += " + LFE";
+  std::string channels;
+  for (const auto& channel : GetAudioChannelLayout(params))
+    channels += (channels.empty() ? "" : " ") +
+                ToStdString(tidemark::AudioChannelLabelAbbreviations(channel.GetLabel()));
+  return ToStdString(GetNameForValue(kParameterID_CodecMode, mode, params)) + ", " + layout +
+         " (" + channels + ")";
 }
 
 // One encoding run from the opened files to the finished stream.
