@@ -57,8 +57,32 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe) {
   const double bits_per_block = kbps * 32.0 / (nfch * kBlocks);
   plan.coarsen = bits_per_block >= 500 ? -1 : bits_per_block >= 250 ? 0 : bits_per_block >= 150 ? 1 : 2;
   plan.reuse_threshold = plan.coarsen >= 1 ? 1.5f : 1.0f;
+  plan.frame_bits = kbps * 32;
   return plan;
 }
+
+namespace {
+
+// Exponent strategies of every channel, reusing more and grouping more coarsely until the
+// exponents take at most kExponentShare of the frame, so that mantissas keep enough bits when
+// the spectrum changes from block to block.
+constexpr double kExponentShare = 0.35;
+
+void ChooseFrameStrategies(const CodingPlan& plan, FrameData* f) {
+  for (int extra = 0;; ++extra) {
+    int bits = 0;
+    for (int c = 0; c < f->channels; ++c) {
+      ChannelFrame& ch = f->ch[c];
+      ChooseStrategies(ch.exp, ch.blksw, kBlocks, ch.end, plan.reuse_threshold * (1 + extra),
+                       ch.lfe ? -2 : std::min(2, plan.coarsen + extra), ch.strategy);
+      for (int b = 0; b < kBlocks; ++b)
+        if (ch.strategy[b] != kExpReuse) bits += ExponentSetBits(ch.end, ch.strategy[b], ch.lfe);
+    }
+    if (bits <= kExponentShare * plan.frame_bits || extra >= 4) return;
+  }
+}
+
+}  // namespace
 
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
                   const CodingPlan& plan, FrameData* f) {
@@ -80,11 +104,11 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     for (int b = 0; b < kBlocks; ++b)
       RematrixBlock(f->ch[0].coef[b], f->ch[1].coef[b], f->ch[0].end, f->rematflg[b]);
   }
+  for (int c = 0; c < f->channels; ++c)
+    for (int b = 0; b < kBlocks; ++b) ExtractExponents(f->ch[c].coef[b], 256, f->ch[c].exp[b]);
+  ChooseFrameStrategies(plan, f);
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
-    for (int b = 0; b < kBlocks; ++b) ExtractExponents(ch.coef[b], 256, ch.exp[b]);
-    ChooseStrategies(ch.exp, ch.blksw, kBlocks, ch.end, plan.reuse_threshold,
-                     ch.lfe ? -2 : plan.coarsen, ch.strategy);
     ShareAndCode(ch.exp, ch.strategy, kBlocks, ch.end);
     for (int b = 0; b < kBlocks; ++b)
       ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);

@@ -32,7 +32,9 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
     for (int c = 0; c < f.nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);
   if (f.lfe)
     for (int blk = 0; blk < kBlocks; ++blk) bw->Put(f.ch[f.nfch].strategy[blk] != kExpReuse, 1);
-  bw->Put(0, 1);  // convexpstre
+  // Six-block frames always carry the converter exponent strategies (convexpstre implied):
+  // index 0 of Table E2.10 for every channel, meaningful only to a converter to AC-3.
+  for (int c = 0; c < f.nfch; ++c) bw->Put(0, 5);  // convexpstr
   bw->Put(f.csnroffst, 6);  // frmcsnroffst
   bw->Put(f.fsnroffst, 4);  // frmfsnroffst
   bw->Put(0, 1);  // blkstrtinfoe

@@ -22,9 +22,15 @@ struct Case {
   int kbps;
 };
 
-const char* const kLayouts[8][2] = {
-    {"stereo", "2.1"},  {"mono", "2.1"}, {"stereo", "2.1"},      {"3.0", "3.1"},
-    {"2.1", "3.1"},     {"4.0", "4.1"},  {"quad(side)", "4.1"},  {"5.0(side)", "5.1(side)"}};
+// FFmpeg's names of the decoded layouts, by acmod and LFE.
+const char* const kLayouts[8][2] = {{"stereo", "2.1"},
+                                    {"mono", "2 channels (FC+LFE)"},
+                                    {"stereo", "2.1"},
+                                    {"3.0", "3.1"},
+                                    {"3.0(back)", "4 channels (FL+FR+LFE+BC)"},
+                                    {"4.0", "4.1"},
+                                    {"quad(side)", "5 channels (FL+FR+LFE+SL+SR)"},
+                                    {"5.0(side)", "5.1(side)"}};
 
 int MinimumRate(int acmod) {
   static const int kMin[8] = {64, 32, 64, 128, 128, 160, 160, 192};
@@ -64,16 +70,18 @@ std::string CaseName(const testing::TestParamInfo<Case>& info) {
          (c.lfe ? "_lfe_" : "_") + std::to_string(c.kbps);
 }
 
-// SNR floors (dB) of the full-bandwidth channels, by data rate per full-bandwidth channel,
-// measured on the speech programme and pinned a little below the figures obtained.
+// SNR floors (dB) of the full-bandwidth channels (DC filter off, DRC off), by data rate per
+// full-bandwidth channel. Measured on the speech programme (lowest figure of each class in
+// brackets) and pinned 2-3 dB below.
 double SnrFloorDb(int kbps, int acmod) {
   static const int kFbw[8] = {2, 1, 2, 3, 3, 4, 4, 5};
   const double per_channel = static_cast<double>(kbps) / kFbw[acmod];
-  if (per_channel >= 180) return 30;
-  if (per_channel >= 100) return 24;
-  if (per_channel >= 60) return 17;
-  if (per_channel >= 40) return 12;
-  return 8;
+  if (per_channel >= 250) return 45;  // [47.4] mono 256
+  if (per_channel >= 150) return 43;  // [45.9] 3/1 640
+  if (per_channel >= 100) return 29;  // [32.3] mono 144
+  if (per_channel >= 60) return 30;   // [32.9] 3/2 384
+  if (per_channel >= 36) return 19;   // [21.3] 3/0 128
+  return 9;                           // [11.6] mono 32; 2/0 64 gives 21.6
 }
 
 class Conformance : public testing::TestWithParam<Case> {};
@@ -87,7 +95,7 @@ TEST_P(Conformance, DecodesAlignedOnItsOwnChannels) {
   req.input = ddtest::SpeechForLayout(c.acmod, c.lfe, kSamples);
   req.params = {{DDPI_ENC_PARAM_DATARATE, c.kbps}, {DDPI_ENC_PARAM_ACMOD, c.acmod},
                 {DDPI_ENC_PARAM_LFE, c.lfe},       {DDPI_ENC_PARAM_DRC_LINE, 0},
-                {DDPI_ENC_PARAM_DRC_RF, 0},        {DDPI_ENC_PARAM_LFEFILT, 0}};
+                {DDPI_ENC_PARAM_DRC_RF, 0},        {DDPI_ENC_PARAM_LFEFILT, 0}, {DDPI_ENC_PARAM_DCFILT, 0}};
   const EncodeResult enc = EncodeWithEngine(req);
   ASSERT_EQ(enc.error, 0);
   ASSERT_FALSE(enc.stream.empty());
@@ -117,7 +125,10 @@ TEST_P(Conformance, DecodesAlignedOnItsOwnChannels) {
     std::vector<float> out(dec.audio.channels[i].begin() + enc.delay,
                            dec.audio.channels[i].end());
     const bool is_lfe = req.slots[i] == 3;
-    EXPECT_EQ(ddtest::BestLag(in, out, 400), 0) << "channel " << i;
+    // The LFE's low tones give a broad correlation peak: a few samples either way.
+    const int lag = ddtest::BestLag(in, out, 400);
+    if (is_lfe) EXPECT_LE(std::abs(lag), 8) << "channel " << i;
+    else EXPECT_EQ(lag, 0) << "channel " << i;
     const double own = ddtest::NormalizedCorrelation(in, out);
     EXPECT_GT(own, is_lfe ? 0.9 : 0.8) << "channel " << i;
     for (size_t j = 0; j < req.slots.size(); ++j) {
