@@ -61,7 +61,10 @@ void NarrowConfigurationsToLayout(const ParameterMap& map, const ChannelLayout& 
     for (auto it = values.begin(); it != values.end();)
       it = ConfigurationFitsLayout(*it, lfe, layout) ? std::next(it) : values.erase(it);
   } else {
-    for (int cfg = domain.lowest; cfg < domain.highest; ++cfg)
+    // Only 0..27 have channels at all, so the walk is kept to them.
+    const int first = std::max(domain.lowest, 0);
+    const int end = std::min(domain.highest, static_cast<int>(kAudioChannelConfiguration_Unknown));
+    for (int cfg = first; cfg < end; ++cfg)
       if (ConfigurationFitsLayout(cfg, lfe, layout)) values.insert(cfg);
   }
   if (!values.empty() && values.count(domain.defaultValue) == 0)

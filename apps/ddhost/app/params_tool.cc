@@ -4,6 +4,7 @@
 // configuration of a codec mode, corrected for a source channel layout when one is named.
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -154,9 +155,7 @@ void WarnWhenLayoutIsNotCarried(const ParameterMap& map, const ChannelLayout& la
                  Text(GetNameForValue(kParameterID_ChannelConfiguration, sourceConfiguration, map)).c_str());
 }
 
-int PrintParameterModel(const std::vector<std::string>& args) {
-  Options options;
-  if (!ParseOptions(args, options)) return 2;
+int PrintParameterModel(const Options& options) {
   ParameterMap map;
   GetDefaults(static_cast<CodecMode>(options.mode), map);
   if (!options.layoutName.empty()) {
@@ -181,8 +180,20 @@ int PrintParameterModel(const std::vector<std::string>& args) {
   return 0;
 }
 
+int RunParams(const std::vector<std::string>& args) {
+  Options options;
+  if (!ParseOptions(args, options)) return 2;
+  try {
+    return PrintParameterModel(options);
+  } catch (const std::exception& e) {
+    // A mode the engine does not serve leaves the correction without a codec mode to read.
+    std::fprintf(stderr, "ddhost params: mode %d cannot be shown: %s\n", options.mode, e.what());
+    return 1;
+  }
+}
+
 }  // namespace
 
 DDHOST_TOOL(params, "params", "params [--mode N] [--layout NAME]",
             "the parameters of a codec mode: groups, names, units, defaults and allowed values",
-            PrintParameterModel);
+            RunParams);
