@@ -84,6 +84,25 @@ TEST(DeSerializeParameterMap, RefusesWhatItCannotRead) {
   EXPECT_TRUE(Refused("\xff\xfe{", true));
 }
 
+TEST(DeSerializeParameterMap, ArbitraryBytesNeverEscapeAsExceptions) {
+  std::uint32_t state = 12345;
+  const auto next = [&state] { return state = state * 1664525u + 1013904223u; };
+  for (int round = 0; round < 500; ++round) {
+    UTF8String text;
+    const std::size_t length = next() % 64;
+    for (std::size_t i = 0; i < length; ++i) text += static_cast<char>(next() >> 24);
+    if (round % 2) text = "{\"DataRate\":" + text;  // half start like a configuration
+    for (bool encoded : {false, true}) {
+      ParameterMap map;
+      EXPECT_NO_THROW(DeSerializeParameterMap(text, encoded, map));
+    }
+  }
+  ParameterMap map;
+  EXPECT_TRUE(Refused(UTF8String(10000, '[') + UTF8String(10000, ']'), false));
+  EXPECT_TRUE(DeSerializeParameterMap(UTF8String("{\"DataRate\": -2147483648}"), false, map));
+  EXPECT_EQ(map.at(kParameterID_DataRate), -2147483648LL);
+}
+
 TEST(DeSerializeParameterMap, EachFormNeedsItsOwnFlag) {
   const ParameterMap map = Defaults(kCodecMode_Bluray_Primary);
   UTF8String plain, encoded;
