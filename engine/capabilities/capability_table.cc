@@ -66,7 +66,7 @@ void DescribeMode(const ModeShape& shape, ddpi_enc_mode_caps_s& out) {
   m.ListRange(DDPI_ENC_PARAM_DRC_LINE, 0, 5, 1);
   m.ListRange(DDPI_ENC_PARAM_DRC_RF, 0, 5, 1);
   // The library hands the dialogue level over negated (dB relative to full scale).
-  m.Range(DDPI_ENC_PARAM_DIALNORM, -31, -1, -31);
+  m.Range(DDPI_ENC_PARAM_DIALNORM, 1, 31, 31);
   m.Range(DDPI_ENC_PARAM_DMIXMOD, 0, shape.three_downmix_preferences ? 3 : 2, 0);
   // Centre levels run +3 dB .. -inf (indices 0..7); surround levels -1.5 dB .. -inf (3..7),
   // the codes below 3 being reserved for surround levels in the bitstream.

@@ -65,7 +65,7 @@ void Store(int id, int value, StreamSettings* s) {
     case DDPI_ENC_PARAM_DRC_LINE: c.drc_line_profile = value; break;
     case DDPI_ENC_PARAM_DRC_RF: c.drc_rf_profile = value; break;
     // The engine receives the dialogue level negated: -31 .. -1 dBFS.
-    case DDPI_ENC_PARAM_DIALNORM: md.dialnorm = -value; break;
+    case DDPI_ENC_PARAM_DIALNORM: md.dialnorm = value; break;
     case DDPI_ENC_PARAM_DMIXMOD: md.dmixmod = value; break;
     case DDPI_ENC_PARAM_LTRTCMIXLEV: md.ltrtcmixlev = value; break;
     case DDPI_ENC_PARAM_LTRTSURMIXLEV: md.ltrtsurmixlev = value; break;

@@ -28,7 +28,7 @@ EncodeResult Encode(int mode, int acmod, bool lfe, int kbps, const Params& extra
 
 TEST(Metadata, Ac3StandardSyntaxCarriesTheSettings) {
   const EncodeResult r = Encode(1, 7, true, 448,
-                                {{DDPI_ENC_PARAM_DIALNORM, -27}, {DDPI_ENC_PARAM_BSMOD, 4},
+                                {{DDPI_ENC_PARAM_DIALNORM, 27}, {DDPI_ENC_PARAM_BSMOD, 4},
                                  {DDPI_ENC_PARAM_COPYRIGHTB, 1}, {DDPI_ENC_PARAM_ORIGBS, 0},
                                  {DDPI_ENC_PARAM_MIXLEVEL, 95}, {DDPI_ENC_PARAM_ROOMTYP, 2},
                                  {DDPI_ENC_PARAM_LTRTCMIXLEV, 5}, {DDPI_ENC_PARAM_LOROCMIXLEV, 5},
@@ -84,7 +84,7 @@ TEST(Metadata, Ac3DolbySurroundModeInTwoChannelStreams) {
 TEST(Metadata, Eac3MixingAndInformationalMetadata) {
   for (int mode : {0, 4}) {
     const EncodeResult r = Encode(mode, 7, true, 256,
-                                  {{DDPI_ENC_PARAM_DIALNORM, -20}, {DDPI_ENC_PARAM_BSMOD, 1},
+                                  {{DDPI_ENC_PARAM_DIALNORM, 20}, {DDPI_ENC_PARAM_BSMOD, 1},
                                    {DDPI_ENC_PARAM_DMIXMOD, 3}, {DDPI_ENC_PARAM_LTRTCMIXLEV, 2},
                                    {DDPI_ENC_PARAM_LTRTSURMIXLEV, 7},
                                    {DDPI_ENC_PARAM_LOROCMIXLEV, 6},
@@ -139,10 +139,10 @@ TEST(Drc, GainWordsAppliedExactlyWhenAProfileIsSet) {
     const char* ext = mode == 1 ? "ac3" : "ec3";
     const EncodeResult off = Encode(mode, 2, false, 192,
                                     {{DDPI_ENC_PARAM_DRC_LINE, 0}, {DDPI_ENC_PARAM_DRC_RF, 0},
-                                     {DDPI_ENC_PARAM_DIALNORM, -31}}, &loud);
+                                     {DDPI_ENC_PARAM_DIALNORM, 31}}, &loud);
     const EncodeResult film = Encode(mode, 2, false, 192,
                                      {{DDPI_ENC_PARAM_DRC_LINE, 1}, {DDPI_ENC_PARAM_DRC_RF, 1},
-                                      {DDPI_ENC_PARAM_DIALNORM, -31}}, &loud);
+                                      {DDPI_ENC_PARAM_DIALNORM, 31}}, &loud);
     ASSERT_EQ(off.error, 0);
     ASSERT_EQ(film.error, 0);
     EXPECT_EQ(ReadFrame(off.stream.data(), off.stream.size()).compre, 0);

@@ -60,7 +60,7 @@ enum {
   DDPI_ENC_PARAM_LFEFILT = 11,        /* 120 Hz low-pass on LFE, 0/1 */
   DDPI_ENC_PARAM_DRC_LINE = 13,       /* line-mode DRC profile 0..5 (dynrng) */
   DDPI_ENC_PARAM_DRC_RF = 15,         /* RF-mode DRC profile 0..5 (compr) */
-  DDPI_ENC_PARAM_DIALNORM = 18,       /* dialogue level -31..-1 (dB relative to full scale) */
+  DDPI_ENC_PARAM_DIALNORM = 18,       /* dialogue level 1..31 (dB below full scale; the dialnorm field) */
   DDPI_ENC_PARAM_DMIXMOD = 20,        /* preferred stereo downmix */
   DDPI_ENC_PARAM_LTRTCMIXLEV = 23,    /* mix level indices 0..7: +3 dB .. -inf */
   DDPI_ENC_PARAM_LTRTSURMIXLEV = 24,
