@@ -82,11 +82,11 @@ ChannelMapping MapChannels(const ChannelLayout& source, const ChannelLayout& str
   for (std::size_t i = 0; i < source.size(); ++i)
     if (!used[i]) unused.push_back(Abbreviation(source[i].GetLabel()));
   if (!silent.empty())
-    mapping.warnings.push_back("the input has no " + JoinNames(silent) +
-                               " channel for the stream: silent there");
+    mapping.warnings.push_back("the stream's " + JoinNames(silent) +
+                               " channel(s) have no counterpart in the input and stay silent");
   if (!unused.empty())
     mapping.warnings.push_back("the input's " + JoinNames(unused) +
-                               " channel is not in the stream's layout: left out");
+                               " channel(s) have no place in the stream and are left out");
   return mapping;
 }
 

@@ -308,6 +308,9 @@ bool EncodeCommand::Run() {
   const ChannelLayout stream = DecideStreamLayout(source, params);
   const ChannelMapping mapping = MapChannels(source, stream);
   for (const std::string& warning : mapping.warnings) Warning(inputName + ": " + warning);
+  if (!mapping.warnings.empty())
+    Note("a configuration file with \"ChannelConfiguration\" and \"EnableLFE\" matching the "
+         "input encodes every channel it has");
   if (reader.GetSampleRate() != kEngineSampleRate)
     Note(inputName + Printf(" is sampled at %.0f Hz; resampling it to %.0f Hz (libsoxr, very high quality)",
                             reader.GetSampleRate(), kEngineSampleRate));
