@@ -6,6 +6,10 @@
 namespace dolbydigital {
 namespace {
 
+constexpr unsigned kMaxChannels = 64;
+constexpr unsigned kMinSampleRate = 8000;
+constexpr unsigned kMaxSampleRate = 384000;
+
 bool Raised(const WavReader& reader, const char* message) {
   const auto& messages = reader.HeaderMessages();
   return std::find(messages.begin(), messages.end(), message) != messages.end();
@@ -41,8 +45,18 @@ void CheckFormat(const WavReader& reader, WavInputCheck& check) {
     check.errors.push_back(std::string(WavReader::kUnknownFormat) +
                            Format(": format tag 0x%04llX is neither integer PCM nor IEEE float",
                                   reader.GetFormatTag()));
-  if (reader.GetChannelCount() == 0) check.errors.push_back("the file declares no channels");
-  if (reader.GetSampleRate() == 0) check.errors.push_back("the file declares a sample rate of 0");
+  // Limits that keep a damaged header from asking for absurd buffers. A stream takes at most
+  // 8 channels (files with more give it the ones it takes); rates outside the span are not
+  // audio anyone encodes.
+  const unsigned channels = reader.GetChannelCount();
+  if (channels == 0 || channels > kMaxChannels)
+    check.errors.push_back(Format("the file declares %llu channels; between 1 and %llu can be read",
+                                  channels, kMaxChannels));
+  const unsigned rate = reader.GetSampleRate();
+  if (rate < kMinSampleRate || rate > kMaxSampleRate)
+    check.errors.push_back(Format("the file declares a sample rate of %llu Hz; rates from 8000 "
+                                  "to %llu Hz can be encoded",
+                                  rate, kMaxSampleRate));
   if (!Raised(reader, WavReader::kUnknownFormat) && !ReadableSampleFormat(reader)) {
     check.errors.push_back(Format("%llu-bit ", reader.GetBitsPerSample()) +
                            (reader.IsFloatData() ? "float" : "integer") +
