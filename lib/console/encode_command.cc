@@ -1,3 +1,9 @@
+// The Encode command: settings from the configuration file over the defaults, the WAV
+// file's channels matched by label to the configured stream's channels (so a file whose
+// layout differs from the settings still has each channel land where it belongs, and the
+// user is told what stays silent or is left out), other sample rates resampled to 48 kHz,
+// then 1536-frame blocks through the encoder into the output file. A run that fails removes
+// the output it started, so that no partial stream is left looking like a result.
 #include "console/encode_command.h"
 
 #include <chrono>
@@ -96,7 +102,9 @@ bool CheckFiles(const EncodeArguments& arguments) {
   return true;
 }
 
-// The stream's layout decides which channels are encoded; LFE only when the file has one.
+// The stream's layout: the configuration's, with LFE only when both the configuration and
+// the file have one. The file's own channel labels are asked, not the reader's layout, which
+// names every count other than one and two 5.1.
 ChannelLayout DecideStreamLayout(const ChannelLayout& source, ParameterMap& params) {
   const bool lfe = tidemark::HasLFEChannel(source) &&
                    tidemark::HasLFEChannel(GetAudioChannelLayout(params));
