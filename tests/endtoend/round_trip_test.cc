@@ -92,9 +92,13 @@ TEST(MainJob, SpeechWavEncodesAsDolbyDigitalPlus51) {
   EXPECT_EQ(plain.channels, 6);
   EXPECT_EQ(ProbeFile(dir.File("demo.ec3")).channel_layout.rfind("5.1", 0), 0u);
 
-  // Each speaker's recording is where the programme put it: L R C then Ls Rs.
+  // The programme: each speaker says its own name in turn, front left first.
   Planar wav;
   ASSERT_TRUE(ReadWav(dir.File("demo.wav"), &wav));
+  ASSERT_EQ(wav.channels.size(), 6u);
+  const Planar frontLeft = LoadAlsaSpeech({"Front_Left"}, 48000);
+  EXPECT_GT(NormalizedCorrelation(frontLeft.channels[0], wav.channels[0]), 0.99);
+  EXPECT_LT(RmsDb(std::vector<float>(wav.channels[1].begin(), wav.channels[1].begin() + 48000)), -90.0);
   for (int ch : {0, 1, 2, 4, 5}) {
     SCOPED_TRACE("channel " + std::to_string(ch));
     EXPECT_EQ(BestLag(wav.channels[ch], plain.audio.channels[ch], 2000), 0);
