@@ -112,6 +112,17 @@ ChannelLayout DecideStreamLayout(const ChannelLayout& source, ParameterMap& para
   return GetAudioChannelLayout(params);
 }
 
+// Players pick the decoder by the file's extension: a mismatch is worth a word.
+void WarnOnExtension(const UTF16String& outputPath, CodecMode mode) {
+  const std::string path = ToStdString(outputPath);
+  const std::string expected = GetExtension(mode);
+  const std::size_t dot = path.rfind('.');
+  const std::string given = dot == std::string::npos ? std::string() : path.substr(dot + 1);
+  if (given != expected)
+    Warning("the stream is " + ToStdString(GetNameForValue(kParameterID_CodecMode, mode, ParameterMap())) +
+            "; files of this kind are named ." + expected);
+}
+
 void ReportEngineFailure(int error) {
   Error("the encoder could not be set up: " + ToStdString(Encoder::GetErrorDescription(error)));
   if (!ModuleDepot::CodecModuleLoader::IsLoaded())
@@ -323,8 +334,9 @@ bool EncodeCommand::Run() {
     Note(inputName + Printf(" is sampled at %.0f Hz; resampling it to %.0f Hz (libsoxr, very high quality)",
                             reader.GetSampleRate(), kEngineSampleRate));
 
-  EncodeJob job(reader, output, mapping, stream.size());
   const auto mode = static_cast<CodecMode>(GetParameter(kParameterID_CodecMode, params));
+  WarnOnExtension(arguments_.outputPath, mode);
+  EncodeJob job(reader, output, mapping, stream.size());
   if (!job.Run(mode, params)) return false;
   reader.Close();
   if (!output.Close() || output.HasFailed()) {
