@@ -16,24 +16,56 @@ ChannelLayout LayoutFromMask(std::uint32_t mask) {
   for (int bit = 0; bit < 18; ++bit) {
     if (!(mask & (1u << bit))) continue;
     switch (bit) {
-      case 0: layout.push_back(tidemark::kAudioChannelLabel_Left); break;
-      case 1: layout.push_back(tidemark::kAudioChannelLabel_Right); break;
-      case 2: layout.push_back(tidemark::kAudioChannelLabel_Center); break;
-      case 3: layout.push_back(tidemark::kAudioChannelLabel_LFEScreen); break;
-      case 4: layout.push_back(hasSides ? tidemark::kAudioChannelLabel_RearSurroundLeft
-                                        : tidemark::kAudioChannelLabel_LeftSurround); break;
-      case 5: layout.push_back(hasSides ? tidemark::kAudioChannelLabel_RearSurroundRight
-                                        : tidemark::kAudioChannelLabel_RightSurround); break;
-      case 6: layout.push_back(tidemark::kAudioChannelLabel_LeftCenter); break;
-      case 7: layout.push_back(tidemark::kAudioChannelLabel_RightCenter); break;
-      case 8: layout.push_back(tidemark::kAudioChannelLabel_CenterSurround); break;
-      case 9: layout.push_back(tidemark::kAudioChannelLabel_LeftSurround); break;
-      case 10: layout.push_back(tidemark::kAudioChannelLabel_RightSurround); break;
-      case 11: layout.push_back(tidemark::kAudioChannelLabel_TopCenterSurround); break;
-      case 12: layout.push_back(tidemark::kAudioChannelLabel_VerticalHeightLeft); break;
-      case 13: layout.push_back(tidemark::kAudioChannelLabel_VerticalHeightCenter); break;
-      case 14: layout.push_back(tidemark::kAudioChannelLabel_VerticalHeightRight); break;
-      default: layout.push_back(tidemark::kAudioChannelLabel_Discrete); break;
+      case 0:
+        layout.push_back(tidemark::kAudioChannelLabel_Left);
+        break;
+      case 1:
+        layout.push_back(tidemark::kAudioChannelLabel_Right);
+        break;
+      case 2:
+        layout.push_back(tidemark::kAudioChannelLabel_Center);
+        break;
+      case 3:
+        layout.push_back(tidemark::kAudioChannelLabel_LFEScreen);
+        break;
+      case 4:
+        layout.push_back(hasSides ? tidemark::kAudioChannelLabel_RearSurroundLeft
+                                  : tidemark::kAudioChannelLabel_LeftSurround);
+        break;
+      case 5:
+        layout.push_back(hasSides ? tidemark::kAudioChannelLabel_RearSurroundRight
+                                  : tidemark::kAudioChannelLabel_RightSurround);
+        break;
+      case 6:
+        layout.push_back(tidemark::kAudioChannelLabel_LeftCenter);
+        break;
+      case 7:
+        layout.push_back(tidemark::kAudioChannelLabel_RightCenter);
+        break;
+      case 8:
+        layout.push_back(tidemark::kAudioChannelLabel_CenterSurround);
+        break;
+      case 9:
+        layout.push_back(tidemark::kAudioChannelLabel_LeftSurround);
+        break;
+      case 10:
+        layout.push_back(tidemark::kAudioChannelLabel_RightSurround);
+        break;
+      case 11:
+        layout.push_back(tidemark::kAudioChannelLabel_TopCenterSurround);
+        break;
+      case 12:
+        layout.push_back(tidemark::kAudioChannelLabel_VerticalHeightLeft);
+        break;
+      case 13:
+        layout.push_back(tidemark::kAudioChannelLabel_VerticalHeightCenter);
+        break;
+      case 14:
+        layout.push_back(tidemark::kAudioChannelLabel_VerticalHeightRight);
+        break;
+      default:
+        layout.push_back(tidemark::kAudioChannelLabel_Discrete);
+        break;
     }
   }
   return layout;
@@ -74,8 +106,10 @@ ChannelMapping MapChannels(const ChannelLayout& source, const ChannelLayout& str
     int from = label == tidemark::kAudioChannelLabel_Discrete
                    ? (j < source.size() ? static_cast<int>(j) : ChannelMapping::kSilent)
                    : FindLabel(source, label);
-    if (from != ChannelMapping::kSilent) used[from] = true;
-    else silent.push_back(label ? Abbreviation(label) : "channel " + std::to_string(j + 1));
+    if (from != ChannelMapping::kSilent)
+      used[from] = true;
+    else
+      silent.push_back(label ? Abbreviation(label) : "channel " + std::to_string(j + 1));
     mapping.sourceOf.push_back(from);
   }
   std::vector<std::string> unused;

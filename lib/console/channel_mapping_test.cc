@@ -19,23 +19,26 @@ TEST(ChannelMapping, MatchingLayoutsMapOneToOne) {
 TEST(ChannelMapping, ChannelsFollowTheirLabelsAndWhatIsLeftIsReported) {
   // A 5.1 file into a 3/2 stream without LFE: the LFE is left out, the surrounds still land
   // on the surrounds.
-  const ChannelMapping m = MapChannels(tidemark::CreateBroadcast51ChannelLayout(),
-                                       GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_32, false));
+  const ChannelMapping m =
+      MapChannels(tidemark::CreateBroadcast51ChannelLayout(),
+                  GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_32, false));
   EXPECT_EQ(m.sourceOf, (std::vector<int>{0, 1, 2, 4, 5}));
   ASSERT_EQ(m.warnings.size(), 1u);
   EXPECT_NE(m.warnings[0].find("LFE"), std::string::npos);
 
   // A stereo file into 3/2: centre and surrounds stay silent.
-  const ChannelMapping up = MapChannels(tidemark::CreateStereoChannelLayout(),
-                                        GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_32, false));
+  const ChannelMapping up =
+      MapChannels(tidemark::CreateStereoChannelLayout(),
+                  GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_32, false));
   EXPECT_EQ(up.sourceOf, (std::vector<int>{0, 1, -1, -1, -1}));
   ASSERT_EQ(up.warnings.size(), 1u);
   EXPECT_NE(up.warnings[0].find("silent"), std::string::npos);
 }
 
 TEST(ChannelMapping, DualMonoTakesTheFilesChannelsByPosition) {
-  const ChannelMapping m = MapChannels(tidemark::CreateStereoChannelLayout(),
-                                       GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_11, false));
+  const ChannelMapping m =
+      MapChannels(tidemark::CreateStereoChannelLayout(),
+                  GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_11, false));
   EXPECT_EQ(m.sourceOf, (std::vector<int>{0, 1}));
   EXPECT_TRUE(m.warnings.empty());
 }

@@ -23,7 +23,8 @@ std::string LoadEncodeParameters(const UTF16String& path, ParameterMap& params) 
   if (path.empty()) return std::string();
   const std::string name = basalt::ToStdString(path);
   const std::string usingDefaults = "; encoding with the default settings";
-  if (!File(path).Exists()) return "the configuration file " + name + " does not exist" + usingDefaults;
+  if (!File(path).Exists())
+    return "the configuration file " + name + " does not exist" + usingDefaults;
   const UTF8String text = ReadConfigurationText(path);
   if (text.empty()) return "the configuration file " + name + " is empty" + usingDefaults;
   // Plain JSON is what people write; the encoded form is what hosts store.
@@ -31,7 +32,8 @@ std::string LoadEncodeParameters(const UTF16String& path, ParameterMap& params) 
     return std::string();
   return "the configuration file " + name +
          " could not be applied (it must hold a JSON object of parameter names and integers, "
-         "e.g. {\"DataRate\": 384})" + usingDefaults;
+         "e.g. {\"DataRate\": 384})" +
+         usingDefaults;
 }
 
 }  // namespace dolbydigital

@@ -8,7 +8,8 @@ std::vector<UTF16String> SplitAtBlanks(const UTF16String& text) {
   std::size_t start = 0;
   for (;;) {
     const std::size_t blank = text.find(u' ', start);
-    words.push_back(text.substr(start, blank == UTF16String::npos ? UTF16String::npos : blank - start));
+    words.push_back(
+        text.substr(start, blank == UTF16String::npos ? UTF16String::npos : blank - start));
     if (blank == UTF16String::npos) return words;
     start = blank + 1;
   }

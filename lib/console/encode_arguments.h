@@ -10,9 +10,9 @@
 namespace dolbydigital {
 
 struct EncodeArguments {
-  UTF16String configurationPath;  // -cfg
-  UTF16String inputPath;          // -in
-  UTF16String outputPath;         // -out
+  UTF16String configurationPath;          // -cfg
+  UTF16String inputPath;                  // -in
+  UTF16String outputPath;                 // -out
   std::vector<UTF16String> unrecognised;  // words with "=" but another name
   std::vector<UTF16String> notRead;       // the word without "=" and everything after it
 };

@@ -8,8 +8,8 @@ namespace {
 std::string S(const UTF16String& s) { return basalt::ToStdString(s); }
 
 TEST(EncodeArguments, NamesTakeTheirValuesInAnyOrder) {
-  const EncodeArguments a = ParseEncodeArguments(
-      basalt::UTF8to16("-out=x/o.ec3 -cfg=my=settings.json -in=in.wav"));
+  const EncodeArguments a =
+      ParseEncodeArguments(basalt::UTF8to16("-out=x/o.ec3 -cfg=my=settings.json -in=in.wav"));
   EXPECT_EQ(S(a.inputPath), "in.wav");
   EXPECT_EQ(S(a.outputPath), "x/o.ec3");
   EXPECT_EQ(S(a.configurationPath), "my=settings.json");  // split at the first "="
@@ -18,8 +18,7 @@ TEST(EncodeArguments, NamesTakeTheirValuesInAnyOrder) {
 }
 
 TEST(EncodeArguments, TheWalkStopsAtTheFirstWordWithoutEquals) {
-  const EncodeArguments a =
-      ParseEncodeArguments(basalt::UTF8to16("-in=a.wav -verbose -out=b.ec3"));
+  const EncodeArguments a = ParseEncodeArguments(basalt::UTF8to16("-in=a.wav -verbose -out=b.ec3"));
   EXPECT_EQ(S(a.inputPath), "a.wav");
   EXPECT_TRUE(a.outputPath.empty());
   ASSERT_EQ(a.notRead.size(), 2u);

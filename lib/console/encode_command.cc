@@ -91,8 +91,7 @@ bool CheckFiles(const EncodeArguments& arguments) {
     return false;
   }
   if (!output.GetParent().Exists()) {
-    Error("the folder of the output file " + ToStdString(arguments.outputPath) +
-          " does not exist");
+    Error("the folder of the output file " + ToStdString(arguments.outputPath) + " does not exist");
     return false;
   }
   if (input.GetFullPath() == output.GetFullPath()) {
@@ -106,8 +105,8 @@ bool CheckFiles(const EncodeArguments& arguments) {
 // the file have one. The file's own channel labels are asked, not the reader's layout, which
 // names every count other than one and two 5.1.
 ChannelLayout DecideStreamLayout(const ChannelLayout& source, ParameterMap& params) {
-  const bool lfe = tidemark::HasLFEChannel(source) &&
-                   tidemark::HasLFEChannel(GetAudioChannelLayout(params));
+  const bool lfe =
+      tidemark::HasLFEChannel(source) && tidemark::HasLFEChannel(GetAudioChannelLayout(params));
   SetParameter(kParameterID_EnableLFE, params, lfe ? 1 : 0);
   return GetAudioChannelLayout(params);
 }
@@ -119,7 +118,8 @@ void WarnOnExtension(const UTF16String& outputPath, CodecMode mode) {
   const std::size_t dot = path.rfind('.');
   const std::string given = dot == std::string::npos ? std::string() : path.substr(dot + 1);
   if (given != expected)
-    Warning("the stream is " + ToStdString(GetNameForValue(kParameterID_CodecMode, mode, ParameterMap())) +
+    Warning("the stream is " +
+            ToStdString(GetNameForValue(kParameterID_CodecMode, mode, ParameterMap())) +
             "; files of this kind are named ." + expected);
 }
 
@@ -134,16 +134,16 @@ void ReportEngineFailure(int error) {
 std::string DescribeStream(const ParameterMap& params) {
   const int mode = GetParameter(kParameterID_CodecMode, params);
   const int configuration = GetParameter(kParameterID_ChannelConfiguration, params);
-  std::string layout = ToStdString(
-      GetNameForValue(kParameterID_ChannelConfiguration, configuration, params));
+  std::string layout =
+      ToStdString(GetNameForValue(kParameterID_ChannelConfiguration, configuration, params));
   layout = layout.substr(0, layout.find(" ("));  // the channels are listed below
   if (GetParameter(kParameterID_EnableLFE, params) == 1) layout += " + LFE";
   std::string channels;
   for (const auto& channel : GetAudioChannelLayout(params))
     channels += (channels.empty() ? "" : " ") +
                 ToStdString(tidemark::AudioChannelLabelAbbreviations(channel.GetLabel()));
-  return ToStdString(GetNameForValue(kParameterID_CodecMode, mode, params)) + ", " + layout +
-         " (" + channels + ")";
+  return ToStdString(GetNameForValue(kParameterID_CodecMode, mode, params)) + ", " + layout + " (" +
+         channels + ")";
 }
 
 // One encoding run from the opened files to the finished stream.
@@ -158,8 +158,8 @@ class EncodeJob {
         input_(reader.GetChannelCount(), kBlockFrames),
         silence_(kBlockFrames, 0.0f) {
     if (reader.GetSampleRate() != kEngineSampleRate)
-      resampler_.reset(new Resampler(reader.GetSampleRate(), kEngineSampleRate,
-                                     reader.GetChannelCount()));
+      resampler_.reset(
+          new Resampler(reader.GetSampleRate(), kEngineSampleRate, reader.GetChannelCount()));
   }
 
   bool Run(CodecMode mode, const ParameterMap& params) {
@@ -187,7 +187,8 @@ class EncodeJob {
     const std::uint64_t total = reader_.GetFrameCount();
     std::uint64_t done = 0;
     while (done < total) {
-      const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(total - done, kBlockFrames));
+      const std::size_t wanted =
+          static_cast<std::size_t>(std::min<std::uint64_t>(total - done, kBlockFrames));
       const std::size_t got = reader_.ReadFrames(input_.pointers.data(), wanted);
       if (got == 0) {
         Warning("the input ended early; encoding what was read");
@@ -249,9 +250,11 @@ class EncodeJob {
 
   void ShowProgress(basalt::console::ProgressReporter& progress, std::uint64_t done,
                     std::uint64_t total) {
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
     const double audio = static_cast<double>(done) / reader_.GetSampleRate();
-    std::string detail = Printf("%.1f of %.1f s", audio, static_cast<double>(total) / reader_.GetSampleRate());
+    std::string detail =
+        Printf("%.1f of %.1f s", audio, static_cast<double>(total) / reader_.GetSampleRate());
     if (seconds > 0) detail += Printf(", %.1fx real time", audio / seconds);
     progress.Update(static_cast<double>(done) / static_cast<double>(total),
                     basalt::UTF8to16(detail.c_str()));
@@ -272,7 +275,8 @@ class EncodeJob {
 };
 
 void ReportResult(const UTF16String& path, const EncodeJob& job, const ParameterMap& params) {
-  const double seconds = static_cast<double>(job.Frames().AudioBlocks()) * 256.0 / kEngineSampleRate;
+  const double seconds =
+      static_cast<double>(job.Frames().AudioBlocks()) * 256.0 / kEngineSampleRate;
   const double kbps = seconds > 0 ? job.BytesWritten() * 8.0 / seconds / 1000.0 : 0.0;
   std::string line = "wrote " + ToStdString(File(path).GetFullPath()) + ": " +
                      std::to_string(job.BytesWritten()) + " bytes, " +
@@ -320,7 +324,8 @@ bool EncodeCommand::Run() {
   if (!check.Usable()) return false;
 
   ParameterMap params;
-  const std::string configurationWarning = LoadEncodeParameters(arguments_.configurationPath, params);
+  const std::string configurationWarning =
+      LoadEncodeParameters(arguments_.configurationPath, params);
   if (!configurationWarning.empty()) Warning(configurationWarning);
 
   const ChannelLayout source = SourceChannelLayout(reader);
@@ -328,11 +333,13 @@ bool EncodeCommand::Run() {
   const ChannelMapping mapping = MapChannels(source, stream);
   for (const std::string& warning : mapping.warnings) Warning(inputName + ": " + warning);
   if (!mapping.warnings.empty())
-    Note("a configuration file with \"ChannelConfiguration\" and \"EnableLFE\" matching the "
-         "input encodes every channel it has");
+    Note(
+        "a configuration file with \"ChannelConfiguration\" and \"EnableLFE\" matching the "
+        "input encodes every channel it has");
   if (reader.GetSampleRate() != kEngineSampleRate)
-    Note(inputName + Printf(" is sampled at %.0f Hz; resampling it to %.0f Hz (libsoxr, very high quality)",
-                            reader.GetSampleRate(), kEngineSampleRate));
+    Note(inputName +
+         Printf(" is sampled at %.0f Hz; resampling it to %.0f Hz (libsoxr, very high quality)",
+                reader.GetSampleRate(), kEngineSampleRate));
 
   const auto mode = static_cast<CodecMode>(GetParameter(kParameterID_CodecMode, params));
   WarnOnExtension(arguments_.outputPath, mode);

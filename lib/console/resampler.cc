@@ -14,8 +14,8 @@ Resampler::Resampler(double inputRate, double outputRate, std::size_t channels)
   const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_S, SOXR_FLOAT32_S);  // planar both ways
   const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
   soxr_error_t error = nullptr;
-  soxr_ = soxr_create(inputRate, outputRate, static_cast<unsigned>(channels), &error, &io,
-                      &quality, nullptr);
+  soxr_ = soxr_create(inputRate, outputRate, static_cast<unsigned>(channels), &error, &io, &quality,
+                      nullptr);
   if (error) {
     error_ = error;
     soxr_delete(soxr_);

@@ -8,7 +8,7 @@ constexpr std::size_t kHeaderBytes = 6;  // up to bsid in either format
 constexpr int kAc3Rates[19] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
                                192, 224, 256, 320, 384, 448, 512, 576, 640};
 // Words per frame at 44.1 kHz for each frame-size code / 2 (the odd codes add one).
-constexpr int kAc3Words441[19] = {69,  87,  104, 121, 139, 174, 208, 243, 278, 348,
+constexpr int kAc3Words441[19] = {69,  87,  104, 121, 139, 174, 208,  243,  278, 348,
                                   417, 487, 557, 696, 835, 975, 1114, 1253, 1393};
 constexpr int kEac3BlocksPerFrame[4] = {1, 2, 3, 6};
 
@@ -21,9 +21,9 @@ std::size_t FrameBytes(const std::uint8_t* h, int& blocks) {
     const int fscod = h[4] >> 6, code = h[4] & 0x3F;
     if (code >= 38) return 0;
     const int rate = kAc3Rates[code / 2];
-    if (fscod == 0) return static_cast<std::size_t>(rate) * 4;              // 48 kHz
-    if (fscod == 1) return (kAc3Words441[code / 2] + (code & 1)) * 2u;       // 44.1 kHz
-    if (fscod == 2) return static_cast<std::size_t>(rate) * 6;              // 32 kHz
+    if (fscod == 0) return static_cast<std::size_t>(rate) * 4;          // 48 kHz
+    if (fscod == 1) return (kAc3Words441[code / 2] + (code & 1)) * 2u;  // 44.1 kHz
+    if (fscod == 2) return static_cast<std::size_t>(rate) * 6;          // 32 kHz
     return 0;
   }
   if (bsid >= 11 && bsid <= 16) {  // E-AC-3: frmsiz counts 16-bit words minus one

@@ -54,18 +54,19 @@ void CheckFormat(const WavReader& reader, WavInputCheck& check) {
                                   channels, kMaxChannels));
   const unsigned rate = reader.GetSampleRate();
   if (rate < kMinSampleRate || rate > kMaxSampleRate)
-    check.errors.push_back(Format("the file declares a sample rate of %llu Hz; rates from 8000 "
-                                  "to %llu Hz can be encoded",
-                                  rate, kMaxSampleRate));
+    check.errors.push_back(
+        Format("the file declares a sample rate of %llu Hz; rates from 8000 "
+               "to %llu Hz can be encoded",
+               rate, kMaxSampleRate));
   if (!Raised(reader, WavReader::kUnknownFormat) && !ReadableSampleFormat(reader)) {
     check.errors.push_back(Format("%llu-bit ", reader.GetBitsPerSample()) +
                            (reader.IsFloatData() ? "float" : "integer") +
                            " samples cannot be read: use 16-bit or 24-bit integer PCM or 32-bit "
                            "float");
   } else if (Raised(reader, WavReader::kUnsupportedSampleFormat)) {
-    check.warnings.push_back(std::string("header: ") + WavReader::kUnsupportedSampleFormat +
-                             Format("; the %llu-bit samples are read all the same",
-                                    reader.GetBitsPerSample()));
+    check.warnings.push_back(
+        std::string("header: ") + WavReader::kUnsupportedSampleFormat +
+        Format("; the %llu-bit samples are read all the same", reader.GetBitsPerSample()));
   }
 }
 
@@ -79,9 +80,10 @@ void CheckData(const WavReader& reader, WavInputCheck& check) {
   const std::uint64_t declared = reader.GetDataLength();
   const std::uint64_t available = reader.GetAvailableDataLength();
   if (available < declared)
-    check.warnings.push_back(Format("the data chunk declares %llu bytes but the file holds only "
-                                    "%llu; encoding what is there",
-                                    declared, available));
+    check.warnings.push_back(
+        Format("the data chunk declares %llu bytes but the file holds only "
+               "%llu; encoding what is there",
+               declared, available));
   if (reader.GetFrameCount() == 0) check.errors.push_back("the file holds no audio");
 }
 

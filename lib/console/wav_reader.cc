@@ -166,7 +166,9 @@ std::size_t WavReader::ReadFrames(float* const* planes, std::size_t frames) {
   const std::uint8_t* p = readBuffer_.data();
   for (std::size_t f = 0; f < got; ++f) {
     for (std::size_t c = 0; c < channels_; ++c, p += sampleBytes) {
-      planes[c][f] = sampleBytes == 4 ? Sample32Float(p) : sampleBytes == 3 ? Sample24(p) : Sample16(p);
+      planes[c][f] = sampleBytes == 4   ? Sample32Float(p)
+                     : sampleBytes == 3 ? Sample24(p)
+                                        : Sample16(p);
     }
   }
   dataRead_ += got;

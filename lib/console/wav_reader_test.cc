@@ -59,8 +59,22 @@ Bytes ExtensibleBody(std::uint32_t mask, bool isFloat) {
   Bytes b;
   Put(b, 0, 2);
   Put(b, mask, 4);
-  const std::uint8_t guid[16] = {isFloat ? std::uint8_t{3} : std::uint8_t{1}, 0, 0, 0, 0, 0, 0x10, 0,
-                                 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
+  const std::uint8_t guid[16] = {isFloat ? std::uint8_t{3} : std::uint8_t{1},
+                                 0,
+                                 0,
+                                 0,
+                                 0,
+                                 0,
+                                 0x10,
+                                 0,
+                                 0x80,
+                                 0,
+                                 0,
+                                 0xAA,
+                                 0,
+                                 0x38,
+                                 0x9B,
+                                 0x71};
   b.insert(b.end(), guid, guid + 16);
   return b;
 }
@@ -107,7 +121,8 @@ TEST_F(WavReaderTest, Reads24BitAlthoughTheMessageNamesOnly16And32) {
   wav.bits = 24;
   for (std::uint32_t v : {0x400000u, 0x800000u, 0xFFFFFFu}) Put(wav.data, v, 3);
   WavReader reader(Write(wav.Build()));
-  EXPECT_EQ(reader.HeaderMessages(), std::vector<std::string>{"Only 16bit PCM or 32bit Float supported"});
+  EXPECT_EQ(reader.HeaderMessages(),
+            std::vector<std::string>{"Only 16bit PCM or 32bit Float supported"});
   EXPECT_EQ(reader.GetChannelLayout(), tidemark::CreateMonoChannelLayout());
   const auto planes = ReadAll(reader);
   EXPECT_EQ(planes[0], (std::vector<float>{0.5f, -1.0f, -1.0f / 8388608}));

@@ -25,7 +25,9 @@ void Put32(std::vector<std::uint8_t>& out, std::uint32_t v) {
   for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<std::uint8_t>(v >> shift));
 }
 
-void PutTag(std::vector<std::uint8_t>& out, const char* tag) { out.insert(out.end(), tag, tag + 4); }
+void PutTag(std::vector<std::uint8_t>& out, const char* tag) {
+  out.insert(out.end(), tag, tag + 4);
+}
 
 // Scales to 32-bit integer without clipping: +1.0 and above wrap to the integer's overflow
 // value 0x80000000, which is how the format has always been written here.
@@ -93,7 +95,8 @@ void WavWriter::AppendSample(float sample) {
     bits = FloatToInt32Bits(sample);
   else
     std::memcpy(&bits, &sample, sizeof bits);
-  for (int shift = 0; shift < 32; shift += 8) block_.push_back(static_cast<std::uint8_t>(bits >> shift));
+  for (int shift = 0; shift < 32; shift += 8)
+    block_.push_back(static_cast<std::uint8_t>(bits >> shift));
 }
 
 bool WavWriter::WriteFrames(const float* const* planes, std::size_t frames) {

@@ -25,9 +25,12 @@ Bytes ReadFile(const std::string& path) {
 }
 
 std::uint32_t U32(const Bytes& b, std::size_t at) {
-  return b[at] | (b[at + 1] << 8) | (b[at + 2] << 16) | (static_cast<std::uint32_t>(b[at + 3]) << 24);
+  return b[at] | (b[at + 1] << 8) | (b[at + 2] << 16) |
+         (static_cast<std::uint32_t>(b[at + 3]) << 24);
 }
-std::uint16_t U16(const Bytes& b, std::size_t at) { return static_cast<std::uint16_t>(b[at] | (b[at + 1] << 8)); }
+std::uint16_t U16(const Bytes& b, std::size_t at) {
+  return static_cast<std::uint16_t>(b[at] | (b[at + 1] << 8));
+}
 
 class WavWriterTest : public ::testing::Test {
  protected:
@@ -109,7 +112,8 @@ TEST_F(WavWriterTest, IntegerSamplesScaleWithoutClipping) {
 TEST_F(WavWriterTest, FloatFilesReadBackThroughTheReader) {
   std::vector<std::vector<float>> channels(6, std::vector<float>(3000));
   for (std::size_t c = 0; c < 6; ++c)
-    for (std::size_t i = 0; i < 3000; ++i) channels[c][i] = static_cast<float>(c) * 0.1f - i * 1e-4f;
+    for (std::size_t i = 0; i < 3000; ++i)
+      channels[c][i] = static_cast<float>(c) * 0.1f - i * 1e-4f;
   std::vector<const float*> planes;
   for (auto& c : channels) planes.push_back(c.data());
   {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-
 namespace dolbydigital {
 namespace {
 
@@ -35,15 +34,24 @@ const float* SilentFrame() {
 std::size_t EngineSlotForChannel(tidemark::AudioChannelLabel label, std::size_t index,
                                  int configuration, const ChannelLayout& fullLayout) {
   switch (label) {
-    case tidemark::kAudioChannelLabel_Discrete: return index == 1 ? 1 : 0;
-    case tidemark::kAudioChannelLabel_Left: return 0;
-    case tidemark::kAudioChannelLabel_Right: return 1;
-    case tidemark::kAudioChannelLabel_Center: return 2;
-    case tidemark::kAudioChannelLabel_LFEScreen: return 3;
-    case tidemark::kAudioChannelLabel_LeftSurround: return 4;
-    case tidemark::kAudioChannelLabel_RightSurround: return 5;
-    case tidemark::kAudioChannelLabel_CenterSurround: return CenterSurroundSlot(configuration);
-    default: return PositionInLayout(label, fullLayout);
+    case tidemark::kAudioChannelLabel_Discrete:
+      return index == 1 ? 1 : 0;
+    case tidemark::kAudioChannelLabel_Left:
+      return 0;
+    case tidemark::kAudioChannelLabel_Right:
+      return 1;
+    case tidemark::kAudioChannelLabel_Center:
+      return 2;
+    case tidemark::kAudioChannelLabel_LFEScreen:
+      return 3;
+    case tidemark::kAudioChannelLabel_LeftSurround:
+      return 4;
+    case tidemark::kAudioChannelLabel_RightSurround:
+      return 5;
+    case tidemark::kAudioChannelLabel_CenterSurround:
+      return CenterSurroundSlot(configuration);
+    default:
+      return PositionInLayout(label, fullLayout);
   }
 }
 

@@ -63,10 +63,12 @@ TEST(ChannelRouting, ALaterChannelOnATakenSlotReplacesTheEarlierOne) {
   const ChannelLayout layout{tidemark::kAudioChannelLabel_Left, tidemark::kAudioChannelLabel_Left};
   const float a[1] = {}, b[1] = {};
   const float* buffers[] = {a, b};
-  const EngineSlots slots = RouteChannels(layout, kAudioChannelConfiguration_Acmod_20, layout, buffers, 2);
+  const EngineSlots slots =
+      RouteChannels(layout, kAudioChannelConfiguration_Acmod_20, layout, buffers, 2);
   EXPECT_EQ(slots[0], b);
   // Only as many channels as there are buffers are routed.
-  const EngineSlots one = RouteChannels(layout, kAudioChannelConfiguration_Acmod_20, layout, buffers, 1);
+  const EngineSlots one =
+      RouteChannels(layout, kAudioChannelConfiguration_Acmod_20, layout, buffers, 1);
   EXPECT_EQ(one[0], a);
 }
 

@@ -10,9 +10,9 @@
 namespace dolbydigital {
 
 struct DelayCompensation {
-  std::size_t primingSamples;   // delay plus leading silence: a whole number of frames
-  std::int32_t framesToSkip;    // minus the number of leading output frames to drop
-  std::size_t leadingSilence;   // zeros to insert before the first input sample
+  std::size_t primingSamples;  // delay plus leading silence: a whole number of frames
+  std::int32_t framesToSkip;   // minus the number of leading output frames to drop
+  std::size_t leadingSilence;  // zeros to insert before the first input sample
 };
 
 // Priming is the next multiple of the frame length strictly above the delay: a delay that

@@ -87,8 +87,8 @@ void AppendProducedBytes(const Session& s, ByteVector& out) {
 
 // Writes `count` samples at the fill position of the first `channels` frame buffers, from
 // the planes at `offset`, or zeros when `planes` is null.
-void FillFrameBuffers(Session& s, const float** planes, std::size_t channels,
-                      std::size_t offset, std::size_t count) {
+void FillFrameBuffers(Session& s, const float** planes, std::size_t channels, std::size_t offset,
+                      std::size_t count) {
   const std::size_t fed = std::min(channels, s.frameBuffers.size());
   for (std::size_t c = 0; c < fed; ++c) {
     float* destination = s.frameBuffers[c].data() + s.frameFill;
@@ -142,7 +142,8 @@ int SetEngineParameters(Session& s) {
 
 }  // namespace
 
-EncoderSession::EncoderSession() : frameBuffers(DDPI_ENC_NUM_SLOTS, FrameBuffer(kFrameSamples, 0.0f)) {
+EncoderSession::EncoderSession()
+    : frameBuffers(DDPI_ENC_NUM_SLOTS, FrameBuffer(kFrameSamples, 0.0f)) {
   const ddpi_enc_query_op_s& capabilities = EngineCapabilities();
   for (int m = 0; m < DDPI_ENC_MAX_MODES; ++m) modeAvailable[m] = capabilities.modes[m].available;
   outputBuffer.resize(DDPI_ENC_OUTPUT_BYTES);

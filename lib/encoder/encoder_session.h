@@ -3,11 +3,10 @@
 #define DOLBYDIGITAL_ENCODER_ENCODER_SESSION_H
 
 #include <atomic>
+#include <boost/shared_ptr.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
-
-#include <boost/shared_ptr.hpp>
 
 #include "ddpi/ddpi_enc.h"
 #include "dolbydigital/types.h"

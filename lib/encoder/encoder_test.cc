@@ -1,5 +1,7 @@
 // The encoder session against the real engine module, reached through the module loader as
 // the library always reaches it; every stream is checked by FFmpeg with CRC checking on.
+#include "dolbydigital/encoder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,7 +9,6 @@
 
 #include "basalt/memory_recycler.h"
 #include "dd_test_support.h"
-#include "dolbydigital/encoder.h"
 #include "dolbydigital/parameters.h"
 #include "moduledepot/codec_module_loader.h"
 
@@ -50,8 +51,8 @@ std::vector<std::uint8_t> Encode(const ParameterMap& params, const ddtest::Plana
                                  std::size_t piece) {
   Encoder encoder;
   int error = -1;
-  EXPECT_TRUE(encoder.InitializeEncode(
-      static_cast<CodecMode>(params.at(kParameterID_CodecMode)), params, error))
+  EXPECT_TRUE(encoder.InitializeEncode(static_cast<CodecMode>(params.at(kParameterID_CodecMode)),
+                                       params, error))
       << basalt::ToStdString(Encoder::GetErrorDescription(error));
   return EncodeInPieces(encoder, audio, piece);
 }
@@ -67,7 +68,8 @@ class EncoderSession : public ::testing::Test {
 TEST_F(EncoderSession, RefusesWhatItCannotEncode) {
   Encoder encoder;
   int error = -1;
-  ParameterMap params = Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false);
+  ParameterMap params =
+      Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false);
   ByteVector out{1, 2, 3};
   const float* planes[2] = {nullptr, nullptr};
   EXPECT_FALSE(encoder.Encode(planes, 2, 10, out, error));
@@ -95,7 +97,8 @@ TEST_F(EncoderSession, LessThanAFrameGivesNoBytesYet) {
   Encoder encoder;
   int error = -1;
   ASSERT_TRUE(encoder.InitializeEncode(
-      kCodecMode_DolbyDigital, Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false), error));
+      kCodecMode_DolbyDigital,
+      Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false), error));
   const std::vector<float> samples(100, 0.25f);
   const float* planes[2] = {samples.data(), samples.data()};
   ByteVector out;
@@ -107,7 +110,8 @@ TEST_F(EncoderSession, LessThanAFrameGivesNoBytesYet) {
 TEST_F(EncoderSession, StreamIsAlignedWithTheInputWhateverThePieces) {
   const std::size_t frames = 20 * kFrame + 700;
   const ddtest::Planar audio = StereoProgramme(frames);
-  const ParameterMap params = Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false);
+  const ParameterMap params =
+      Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false);
   const std::vector<std::uint8_t> whole = Encode(params, audio, frames);
   EXPECT_EQ(Encode(params, audio, 1000), whole);
   EXPECT_EQ(Encode(params, audio, 1), std::vector<std::uint8_t>(whole));
@@ -126,8 +130,9 @@ TEST_F(EncoderSession, StreamIsAlignedWithTheInputWhateverThePieces) {
 TEST_F(EncoderSession, InputEndingOnAFrameBoundaryOnlyAddsTheTail) {
   const std::size_t frames = 12 * kFrame;
   const ddtest::Planar audio = StereoProgramme(frames);
-  const std::vector<std::uint8_t> stream = Encode(
-      Settings(kCodecMode_DolbyDigitalPlus, kAudioChannelConfiguration_Acmod_20, false), audio, kFrame);
+  const std::vector<std::uint8_t> stream =
+      Encode(Settings(kCodecMode_DolbyDigitalPlus, kAudioChannelConfiguration_Acmod_20, false),
+             audio, kFrame);
   const ddtest::DecodeResult decoded = ddtest::DecodeBytes(stream, "ec3");
   ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
   EXPECT_GE(decoded.audio.frames(), frames);
@@ -138,7 +143,8 @@ TEST_F(EncoderSession, InputEndingOnAFrameBoundaryOnlyAddsTheTail) {
 TEST_F(EncoderSession, CopiesAreHandlesOnOneStream) {
   const std::size_t frames = 8 * kFrame + 300;
   const ddtest::Planar audio = StereoProgramme(frames);
-  const ParameterMap params = Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false);
+  const ParameterMap params =
+      Settings(kCodecMode_DolbyDigital, kAudioChannelConfiguration_Acmod_20, false);
   const std::vector<std::uint8_t> reference = Encode(params, audio, 2000);
 
   Encoder original;
@@ -154,7 +160,8 @@ TEST_F(EncoderSession, CopiesAreHandlesOnOneStream) {
       std::vector<const float*> planes;
       for (const auto& c : audio.channels) planes.push_back(c.data() + at);
       Encoder& which = (at / 2000) % 2 ? assigned : original;
-      ASSERT_TRUE(which.Encode(planes.data(), 2, std::min<std::size_t>(2000, frames - at), out, error));
+      ASSERT_TRUE(
+          which.Encode(planes.data(), 2, std::min<std::size_t>(2000, frames - at), out, error));
       stream.insert(stream.end(), out.begin(), out.end());
     }
   }
@@ -164,7 +171,8 @@ TEST_F(EncoderSession, CopiesAreHandlesOnOneStream) {
 }
 
 TEST_F(EncoderSession, FinishedSessionReusesItsWorkingMemoryAndRefusesMoreInput) {
-  const ParameterMap params = Settings(kCodecMode_DolbyDigitalPlus, kAudioChannelConfiguration_Acmod_32, true);
+  const ParameterMap params =
+      Settings(kCodecMode_DolbyDigitalPlus, kAudioChannelConfiguration_Acmod_32, true);
   Encoder encoder;
   int error = -1;
   ASSERT_TRUE(encoder.InitializeEncode(kCodecMode_DolbyDigitalPlus, params, error)) << error;

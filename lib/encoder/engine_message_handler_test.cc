@@ -16,7 +16,8 @@ TEST(EngineMessageHandler, ErrorsNameTheirSourcePlace) {
 }
 
 TEST(EngineMessageHandler, WarningsCarryOnlyTheMessage) {
-  EXPECT_EQ(Text(0, "dialnorm clamped", "enc_bsi.cc", 9), "Dolby Digital Encoder Warning: dialnorm clamped");
+  EXPECT_EQ(Text(0, "dialnorm clamped", "enc_bsi.cc", 9),
+            "Dolby Digital Encoder Warning: dialnorm clamped");
   EXPECT_EQ(Text(0, nullptr, "enc_bsi.cc", 9), "Dolby Digital Encoder Warning: Unknown");
 }
 

@@ -7,8 +7,8 @@
 namespace dolbydigital {
 namespace {
 
-const ddpi_enc_param_desc_s* FindDescriptor(const ddpi_enc_query_op_s& capabilities,
-                                            int engineMode, int engineId) {
+const ddpi_enc_param_desc_s* FindDescriptor(const ddpi_enc_query_op_s& capabilities, int engineMode,
+                                            int engineId) {
   if (engineMode < 0 || engineMode >= DDPI_ENC_MAX_MODES) return nullptr;
   const ddpi_enc_mode_caps_s& mode = capabilities.modes[engineMode];
   if (!mode.available || mode.param_count <= 0) return nullptr;
@@ -32,12 +32,12 @@ int ValueInRangeOrDefault(const ddpi_enc_param_desc_s& descriptor, int value) {
 
 }  // namespace
 
-bool ValidateEngineParameter(const ddpi_enc_query_op_s& capabilities, int engineMode,
-                             int engineId, int value, int& valueToSend) {
+bool ValidateEngineParameter(const ddpi_enc_query_op_s& capabilities, int engineMode, int engineId,
+                             int value, int& valueToSend) {
   const ddpi_enc_param_desc_s* descriptor = FindDescriptor(capabilities, engineMode, engineId);
   if (!descriptor) return false;
   valueToSend = descriptor->kind == DDPI_ENC_KIND_LIST ? ValueInListOrDefault(*descriptor, value)
-                                                      : ValueInRangeOrDefault(*descriptor, value);
+                                                       : ValueInRangeOrDefault(*descriptor, value);
   return true;
 }
 

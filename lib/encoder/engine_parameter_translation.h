@@ -16,8 +16,8 @@ using EngineParameterList = std::vector<ddpi_enc_param_s, Allocator<ddpi_enc_par
 // when the mode does not take the parameter at all. A value outside the mode's domain is
 // replaced by the engine's default rather than clamped: the nearest bound of a range is not
 // necessarily a sensible setting, the default always is.
-bool ValidateEngineParameter(const ddpi_enc_query_op_s& capabilities, int engineMode,
-                             int engineId, int value, int& valueToSend);
+bool ValidateEngineParameter(const ddpi_enc_query_op_s& capabilities, int engineMode, int engineId,
+                             int value, int& valueToSend);
 
 // Every entry of `params`, in key order, mapped to its engine id and engine value and
 // validated; parameters the mode does not take are left out.

@@ -52,7 +52,8 @@ TEST_F(EngineParameterTranslation, MapBecomesEnginePairsInKeyOrder) {
   params[kParameterID_PeakMixLevel] = 90;
   params[kParameterID_DataRate] = 9999;
   params[static_cast<ParameterID>(40)] = 1;  // no engine parameter: dropped
-  const EngineParameterList pairs = TranslateParameters(caps_, DDPI_ENC_MODE_BLURAY_PRIMARY, params);
+  const EngineParameterList pairs =
+      TranslateParameters(caps_, DDPI_ENC_MODE_BLURAY_PRIMARY, params);
   ASSERT_EQ(pairs.size(), 4u);
   EXPECT_EQ(pairs[0].id, DDPI_ENC_PARAM_MODE);
   EXPECT_EQ(pairs[0].value, DDPI_ENC_MODE_BLURAY_PRIMARY);

@@ -24,21 +24,23 @@ class BadInput : public ::testing::Test {
 
   // A 16-bit stereo WAV image with `between` inserted after "fmt " and a data size field.
   std::vector<unsigned char> StereoWav(std::uint32_t declared, std::size_t frames,
-                                       const std::string& between = std::string(),
-                                       int bits = 16) {
+                                       const std::string& between = std::string(), int bits = 16) {
     std::vector<unsigned char> b;
     auto put = [&b](std::uint32_t v, int n) {
       for (int i = 0; i < n; ++i) b.push_back(static_cast<unsigned char>(v >> (8 * i)));
     };
     auto tag = [&b](const char* t) { b.insert(b.end(), t, t + 4); };
     tag("RIFF"), put(0, 4), tag("WAVE"), tag("fmt "), put(16, 4);
-    put(1, 2), put(2, 2), put(48000, 4), put(48000 * 2 * bits / 8, 4), put(2 * bits / 8, 2), put(bits, 2);
+    put(1, 2), put(2, 2), put(48000, 4), put(48000 * 2 * bits / 8, 4), put(2 * bits / 8, 2),
+        put(bits, 2);
     b.insert(b.end(), between.begin(), between.end());
     tag("data"), put(declared, 4);
     const std::vector<float> tone = Sine(frames * 2, 440.0, 0.3);
     for (std::size_t i = 0; i < frames * 2; ++i) {
-      if (bits == 8) b.push_back(static_cast<unsigned char>(128 + tone[i] * 127));
-      else put(static_cast<std::uint16_t>(static_cast<std::int16_t>(tone[i] * 32767)), 2);
+      if (bits == 8)
+        b.push_back(static_cast<unsigned char>(128 + tone[i] * 127));
+      else
+        put(static_cast<std::uint16_t>(static_cast<std::int16_t>(tone[i] * 32767)), 2);
     }
     return b;
   }

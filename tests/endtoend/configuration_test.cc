@@ -14,13 +14,15 @@ constexpr std::size_t kFrames = 48000;
 class Configuration : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(WriteWav(dir_.File("in.wav"), SpeechForLayout(7, true, kFrames), WavFormat::kFloat32));
+    ASSERT_TRUE(
+        WriteWav(dir_.File("in.wav"), SpeechForLayout(7, true, kFrames), WavFormat::kFloat32));
   }
 
   // Encodes in.wav with `json`; returns the stream's frames.
   std::vector<ddpi::bitstream::FrameInfo> Encode(const std::string& json, const std::string& out) {
     WriteText(dir_.File("settings.json"), json);
-    const ProcessResult run = RunEncode(dir_.File("in.wav"), dir_.File(out), dir_.File("settings.json"));
+    const ProcessResult run =
+        RunEncode(dir_.File("in.wav"), dir_.File(out), dir_.File("settings.json"));
     EXPECT_EQ(run.exit_code, 0) << run.stderr_text;
     EXPECT_EQ(run.stderr_text, "");
     const DecodeResult decoded = DecodeFile(dir_.File(out));
@@ -51,7 +53,8 @@ TEST_F(Configuration, SettingsReachTheStream) {
   EXPECT_EQ(first.lorosurmixlev, 7);
   EXPECT_EQ(first.dmixmod, 2);
   // The speech profile compresses speech: some frame carries a gain other than 0 dB.
-  EXPECT_TRUE(std::any_of(frames.begin(), frames.end(), [](const auto& f) { return f.compre && f.compr != 0; }));
+  EXPECT_TRUE(std::any_of(frames.begin(), frames.end(),
+                          [](const auto& f) { return f.compre && f.compr != 0; }));
 }
 
 TEST_F(Configuration, DolbyDigitalCarriesDataRateAndDialogueLevel) {

@@ -23,9 +23,9 @@ struct Case {
 };
 
 std::string Config(const Case& c) {
-  return "{\"CodecMode\": " + std::to_string(c.codecMode) + ", \"ChannelConfiguration\": " +
-         std::to_string(c.acmod) + ", \"EnableLFE\": " + (c.lfe ? "1" : "0") +
-         ", \"DataRate\": 384}";
+  return "{\"CodecMode\": " + std::to_string(c.codecMode) +
+         ", \"ChannelConfiguration\": " + std::to_string(c.acmod) +
+         ", \"EnableLFE\": " + (c.lfe ? "1" : "0") + ", \"DataRate\": 384}";
 }
 
 class RoundTrip : public ::testing::TestWithParam<Case> {};
@@ -67,7 +67,8 @@ TEST_P(RoundTrip, EveryChannelComesBackInPlaceAndOnTime) {
     const double own = NormalizedCorrelation(source, output, lag);
     EXPECT_GT(own, 0.8);
     for (int other = 0; other < c.channels; ++other)
-      if (other != ch) EXPECT_LT(NormalizedCorrelation(input.channels[other], output, lag), own - 0.3);
+      if (other != ch)
+        EXPECT_LT(NormalizedCorrelation(input.channels[other], output, lag), own - 0.3);
   }
 }
 
@@ -98,7 +99,8 @@ TEST(MainJob, SpeechWavEncodesAsDolbyDigitalPlus51) {
   ASSERT_EQ(wav.channels.size(), 6u);
   const Planar frontLeft = LoadAlsaSpeech({"Front_Left"}, 48000);
   EXPECT_GT(NormalizedCorrelation(frontLeft.channels[0], wav.channels[0]), 0.99);
-  EXPECT_LT(RmsDb(std::vector<float>(wav.channels[1].begin(), wav.channels[1].begin() + 48000)), -90.0);
+  EXPECT_LT(RmsDb(std::vector<float>(wav.channels[1].begin(), wav.channels[1].begin() + 48000)),
+            -90.0);
   for (int ch : {0, 1, 2, 4, 5}) {
     SCOPED_TRACE("channel " + std::to_string(ch));
     EXPECT_EQ(BestLag(wav.channels[ch], plain.audio.channels[ch], 2000), 0);

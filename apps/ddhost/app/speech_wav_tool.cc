@@ -26,14 +26,18 @@ struct Recording {
   const char* file;
   int channel;
 };
-constexpr Recording kRecordings[] = {
-    {"Front_Left.wav", 0}, {"Front_Right.wav", 1}, {"Front_Center.wav", 2},
-    {"Rear_Left.wav", 4},  {"Rear_Right.wav", 5}};
+constexpr Recording kRecordings[] = {{"Front_Left.wav", 0},
+                                     {"Front_Right.wav", 1},
+                                     {"Front_Center.wav", 2},
+                                     {"Rear_Left.wav", 4},
+                                     {"Rear_Right.wav", 5}};
 
 std::uint32_t Le32(const unsigned char* p) {
   return p[0] | (p[1] << 8) | (p[2] << 16) | (static_cast<std::uint32_t>(p[3]) << 24);
 }
-std::uint16_t Le16(const unsigned char* p) { return static_cast<std::uint16_t>(p[0] | (p[1] << 8)); }
+std::uint16_t Le16(const unsigned char* p) {
+  return static_cast<std::uint16_t>(p[0] | (p[1] << 8));
+}
 
 // The samples of a 16-bit mono 48 kHz WAV file, or an error text.
 bool ReadSpeech(const std::string& path, std::vector<float>& samples, std::string& error) {
@@ -44,14 +48,16 @@ bool ReadSpeech(const std::string& path, std::vector<float>& samples, std::strin
   }
   std::vector<unsigned char> bytes;
   unsigned char buffer[65536];
-  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;) bytes.insert(bytes.end(), buffer, buffer + n);
+  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;)
+    bytes.insert(bytes.end(), buffer, buffer + n);
   std::fclose(f);
   bool formatOk = false;
   for (std::size_t at = 12; at + 8 <= bytes.size();) {
     const std::uint32_t size = Le32(&bytes[at + 4]);
     const unsigned char* body = &bytes[at + 8];
     if (std::memcmp(&bytes[at], "fmt ", 4) == 0 && size >= 16)
-      formatOk = Le16(body) == 1 && Le16(body + 2) == 1 && Le32(body + 4) == kRate && Le16(body + 14) == 16;
+      formatOk = Le16(body) == 1 && Le16(body + 2) == 1 && Le32(body + 4) == kRate &&
+                 Le16(body + 14) == 16;
     if (std::memcmp(&bytes[at], "data", 4) == 0 && formatOk) {
       const std::size_t count = std::min<std::size_t>(size, bytes.size() - at - 8) / 2;
       for (std::size_t i = 0; i < count; ++i)
@@ -85,8 +91,8 @@ std::vector<unsigned char> Header(std::size_t frames) {
   Put(h, 22, 2);
   Put(h, 32, 2);
   Put(h, 0x3F, 4);
-  h.insert(h.end(), {0x03, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xAA,
-                     0x00, 0x38, 0x9B, 0x71});
+  h.insert(h.end(), {0x03, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xAA, 0x00,
+                     0x38, 0x9B, 0x71});
   h.insert(h.end(), {'d', 'a', 't', 'a'});
   Put(h, dataBytes, 4);
   return h;
@@ -106,8 +112,10 @@ std::vector<float> LowTone() {
 int MakeSpeechWav(const std::vector<std::string>& args) {
   std::string sounds = "/usr/share/sounds/alsa", output;
   for (std::size_t i = 0; i < args.size(); ++i) {
-    if (args[i] == "--sounds" && i + 1 < args.size()) sounds = args[++i];
-    else output = args[i];
+    if (args[i] == "--sounds" && i + 1 < args.size())
+      sounds = args[++i];
+    else
+      output = args[i];
   }
   if (output.empty()) {
     std::fprintf(stderr, "usage: ddhost make-speech-wav [--sounds DIR] OUT.wav\n");
