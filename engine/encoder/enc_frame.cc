@@ -118,7 +118,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
 namespace {
 
 int MantissaBits(FrameData* f, int t) {
-  const int snroffset = (t - 240) << 2;
+  const int snroffset = (t - 240) * 4;  // negative offsets too: a multiply, not a shift
   int bits = 0;
   for (int b = 0; b < kBlocks; ++b) {
     MantissaCounter counter;
