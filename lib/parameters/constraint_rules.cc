@@ -220,8 +220,10 @@ ConstraintEntries BuildConstraintEntries() {
   Add(e, kParameterID_BitstreamMode, {cfg}, {In({0}, NoKaraokeForDualMono)});
   Add(e, kParameterID_DolbySurroundMode, {cfg}, {Everywhere(OnlyForLeftRightPair)});
   Add(e, kParameterID_DolbyDigitalSurroundEXMode, {cfg}, {Everywhere(OnlyWithSurroundPair)});
+  // The bounds are narrowed before the applicability test, so a configuration without a
+  // downmix still reports the bounds of its kind (0..0 from configuration 8 on).
   Add(e, kParameterID_StereoDownmixPreference, {mode, cfg},
-      {NotIn(kWithoutDownmix), Everywhere(DownmixPreferencesOfMode)});
+      {Everywhere(DownmixPreferencesOfMode), NotIn(kWithoutDownmix)});
   Add(e, kParameterID_LtRt_CenterMixLevel, {cfg}, {NotIn(kWithoutFrontCentre)});
   Add(e, kParameterID_LoRo_CenterMixLevel, {cfg}, {NotIn(kWithoutFrontCentre)});
   Add(e, kParameterID_LtRt_SurroundMixLevel, {cfg}, {NotIn(kWithoutSurround)});

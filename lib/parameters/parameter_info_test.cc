@@ -163,6 +163,17 @@ TEST(GetParameterInfo, StereoDownmixPreferenceDependsOnMode) {
   EXPECT_EQ(extended.highest, 0);
 }
 
+TEST(GetParameterInfo, StereoDownmixPreferenceIsPinnedForExtendedConfigurationsEvenWhereItDoesNotApply) {
+  // Configuration 9 carries no downmix preference; as an extended configuration its
+  // default and bounds are still 0, which is what a caller clamping to them relies on.
+  const Info c9 = InfoFor(kParameterID_StereoDownmixPreference,
+                          WithConfiguration(kCodecMode_DolbyDigitalPlus, 9));
+  EXPECT_FALSE(c9.applies);
+  EXPECT_EQ(c9.defaultValue, 0);
+  EXPECT_EQ(c9.lowest, 0);
+  EXPECT_EQ(c9.highest, 0);
+}
+
 TEST(GetParameterInfo, BitstreamModeSevenIsNotForDualMono) {
   const Info dual = InfoFor(kParameterID_BitstreamMode, WithConfiguration(kCodecMode_DolbyDigital, 0, 0));
   EXPECT_EQ(dual.highest, 6);

@@ -138,6 +138,17 @@ TEST(DeSerializeParameterMap, OutOfDomainValuesAreCorrected) {
   EXPECT_EQ(map.at(kParameterID_DialNorm), -1);
 }
 
+TEST(DeSerializeParameterMap, ParametersThatDoNotApplyAreClampedToTheBoundsTheyReport) {
+  // Whether a parameter applies is not asked: a list parameter that does not apply reports
+  // bounds 0..0, and an extended configuration pins the downmix preference to 0.
+  EXPECT_EQ(Read("{\"ChannelConfiguration\": 2, \"LtRt_CenterMixLevel\": 5}")
+                .at(kParameterID_LtRt_CenterMixLevel),
+            0);
+  EXPECT_EQ(Read("{\"ChannelConfiguration\": 9, \"StereoDownmixPreference\": 2}")
+                .at(kParameterID_StereoDownmixPreference),
+            0);
+}
+
 TEST(DeSerializeParameterMap, CorrectionSeesEarlierCorrectedValues) {
   // The data rate is checked against the configuration read from the same text: 96 kbps
   // is allowed for 2/0 (floor 64) but not for 3/2 (floor 192).
