@@ -201,8 +201,7 @@ bool Decoder::InitializeForDecode(const ReadCallbackPtr& reader, int& error) {
     CloseEngine(s);
     error = OpenEngine(s);
   }
-  s.leftover.clear();
-  s.leftoverOffset = 0;
+  // Samples kept from an earlier Decode stay owed: they come first in the next call.
   s.initialized = error == 0;
   return s.initialized;
 }
@@ -310,7 +309,9 @@ bool Decoder::Decode(float** planes, std::size_t channelCount, std::size_t& fram
       int result = Engine::ddpi_udc_addbytes(s.engineHandle, s.inputBuffer, pending, 0, &used,
                                              &s.timesliceComplete);
       used = std::min(used, pending);
-      if (result == kGeneric && !forgiven) {
+      // One generic error per read is ignored; the engine is simply asked again.
+      const bool forgivenNow = result == kGeneric && !forgiven;
+      if (forgivenNow) {
         forgiven = true;
         result = 0;
       }
@@ -318,7 +319,7 @@ bool Decoder::Decode(float** planes, std::size_t channelCount, std::size_t& fram
       if (used > 0 && used < pending) std::memmove(s.inputBuffer, s.inputBuffer + used, pending - used);
       pending -= used;
       if (error && used == 0) break;
-      if (!error && used == 0 && !s.timesliceComplete) {
+      if (!error && !forgivenNow && used == 0 && !s.timesliceComplete) {
         error = kGeneric;  // the engine takes nothing and has nothing to give
         break;
       }
