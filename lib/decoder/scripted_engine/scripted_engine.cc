@@ -90,13 +90,15 @@ SCRIPTED_EXPORT int ddpi_udc_processtimeslice(ddpi_udc_handle, ddpi_udc_pt_op* o
   op->channel_count = DDPI_UDC_MAX_OUTPUT_CHANNELS;
   for (int channel = 0; channel < DDPI_UDC_MAX_OUTPUT_CHANNELS; ++channel) {
     std::int32_t* plane = op->output->buffer + channel * kMaxSliceSamples;
-    for (std::int32_t i = 0; i < samples; ++i) plane[i] = ScriptedSample(instance.produced + i, channel);
+    for (std::int32_t i = 0; i < samples; ++i)
+      plane[i] = ScriptedSample(instance.produced + i, channel);
     op->channels[channel] = plane;
   }
   instance.produced += samples;
   return 0;
 }
-SCRIPTED_EXPORT int ddpi_udc_gettimeslice_mdat(ddpi_udc_handle, int32_t, ddpi_udc_timeslice_mdat* m) {
+SCRIPTED_EXPORT int ddpi_udc_gettimeslice_mdat(ddpi_udc_handle, int32_t,
+                                               ddpi_udc_timeslice_mdat* m) {
   std::memset(m, 0, sizeof *m);
   m->sample_rate_code = control.sample_rate_code;
   m->output_channel_mode = control.output_channel_mode;
@@ -105,7 +107,8 @@ SCRIPTED_EXPORT int ddpi_udc_gettimeslice_mdat(ddpi_udc_handle, int32_t, ddpi_ud
   m->block_count = control.blocks_per_slice;
   return 0;
 }
-SCRIPTED_EXPORT int ddpi_udc_getframe_mdat(ddpi_udc_handle, int32_t, int32_t, ddpi_udc_frame_mdat* m) {
+SCRIPTED_EXPORT int ddpi_udc_getframe_mdat(ddpi_udc_handle, int32_t, int32_t,
+                                           ddpi_udc_frame_mdat* m) {
   std::memset(m, 0, sizeof *m);
   m->bsid = 8;
   return 0;
