@@ -84,7 +84,14 @@ void CheckData(const WavReader& reader, WavInputCheck& check) {
         Format("the data chunk declares %llu bytes but the file holds only "
                "%llu; encoding what is there",
                declared, available));
-  if (reader.GetFrameCount() == 0) check.errors.push_back("the file holds no audio");
+  // A data chunk that declares nothing is an empty recording and encodes as one (the
+  // stream then holds only the encoder's flush); one whose bytes are missing is damage.
+  if (reader.GetFrameCount() == 0) {
+    if (declared == 0)
+      check.warnings.push_back("the file holds no audio; the stream holds only silence");
+    else
+      check.errors.push_back("the file holds no whole sample frame of the audio it declares");
+  }
 }
 
 }  // namespace

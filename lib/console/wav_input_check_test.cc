@@ -11,11 +11,11 @@
 namespace dolbydigital {
 namespace {
 
-// A WAV file with the given format fields and four data bytes.
+// A WAV file with the given format fields and `dataBytes` bytes of silence.
 class WavInputCheckTest : public ::testing::Test {
  protected:
   WavInputCheck Check(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate,
-                      std::uint16_t bits) {
+                      std::uint16_t bits, std::uint32_t dataBytes = 4096) {
     std::vector<std::uint8_t> b;
     auto put = [&b](std::uint32_t v, int n) {
       for (int i = 0; i < n; ++i) b.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
@@ -23,8 +23,8 @@ class WavInputCheckTest : public ::testing::Test {
     for (const char* t : {"RIFF", "\0\0\0\0", "WAVE", "fmt "}) b.insert(b.end(), t, t + 4);
     put(16, 4), put(tag, 2), put(channels, 2), put(rate, 4), put(0, 4), put(0, 2), put(bits, 2);
     b.insert(b.end(), {'d', 'a', 't', 'a'});
-    put(4096, 4);
-    b.resize(b.size() + 4096, 0);
+    put(dataBytes, 4);
+    b.resize(b.size() + dataBytes, 0);
     const std::string path = dir_.File("x.wav");
     std::FILE* f = std::fopen(path.c_str(), "wb");
     std::fwrite(b.data(), 1, b.size(), f);
@@ -42,6 +42,14 @@ TEST_F(WavInputCheckTest, ReadableFormatsPass) {
   EXPECT_TRUE(pcm24.Usable());
   ASSERT_EQ(pcm24.warnings.size(), 1u);  // the reader's message, and that it reads on
   EXPECT_NE(pcm24.warnings[0].find("Only 16bit PCM or 32bit Float supported"), std::string::npos);
+}
+
+TEST_F(WavInputCheckTest, AnEmptyRecordingEncodesButDamagedDataDoesNot) {
+  const WavInputCheck empty = Check(1, 2, 48000, 16, 0);
+  EXPECT_TRUE(empty.Usable());
+  ASSERT_EQ(empty.warnings.size(), 1u);
+  EXPECT_NE(empty.warnings[0].find("no audio"), std::string::npos);
+  EXPECT_FALSE(Check(1, 2, 48000, 16, 2).Usable());  // half a frame
 }
 
 TEST_F(WavInputCheckTest, SamplesTheReaderWouldMisreadAreRefused) {

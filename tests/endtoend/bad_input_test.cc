@@ -113,6 +113,16 @@ TEST_F(BadInput, ThreeChannelFileFeedsTheChannelsItHas) {
   EXPECT_LT(RmsDb(decoded.audio.channels[3]), -60.0);
 }
 
+TEST_F(BadInput, AnEmptyRecordingGivesAStreamOfSilenceAndSaysSo) {
+  Write("empty.wav", StereoWav(0, 0));
+  const ProcessResult r = RunEncode(Path("empty.wav"), Path("out.ec3"));
+  ASSERT_EQ(r.exit_code, 0) << r.stderr_text;
+  EXPECT_TRUE(Mentions(r, "no audio")) << r.stderr_text;
+  const DecodeResult decoded = DecodeFile(Path("out.ec3"));
+  ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
+  EXPECT_LE(decoded.audio.frames(), 2u * 1536u);
+}
+
 TEST_F(BadInput, ConfigurationsThatCannotBeAppliedLeaveTheDefaults) {
   Write("in.wav", StereoWav(kFrames * 4, kFrames));
   WriteText(Path("empty.json"), "");
