@@ -1,5 +1,6 @@
 #include "console/channel_mapping.h"
 
+#include <algorithm>
 #include <bitset>
 
 namespace dolbydigital {
@@ -87,6 +88,35 @@ int FindLabel(const ChannelLayout& layout, AudioChannelLabel label) {
   return ChannelMapping::kSilent;
 }
 
+// When no label matches (a mono file into a stream without centre, a stereo file into a
+// mono stream), the file's channels feed the stream's in their order, as an encoder fed
+// planes in layout order does: a stream left wholly silent would help nobody.
+ChannelMapping MapByPosition(const ChannelLayout& source, const ChannelLayout& stream) {
+  ChannelMapping mapping;
+  std::vector<std::string> fed, silent, unused;
+  for (std::size_t j = 0; j < stream.size(); ++j) {
+    const AudioChannelLabel label = stream[j].GetLabel();
+    const std::string name = label ? Abbreviation(label) : "channel " + std::to_string(j + 1);
+    if (j < source.size()) {
+      mapping.sourceOf.push_back(static_cast<int>(j));
+      fed.push_back(Abbreviation(source[j].GetLabel()) + "->" + name);
+    } else {
+      mapping.sourceOf.push_back(ChannelMapping::kSilent);
+      silent.push_back(name);
+    }
+  }
+  for (std::size_t i = stream.size(); i < source.size(); ++i)
+    unused.push_back(Abbreviation(source[i].GetLabel()));
+  mapping.warnings.push_back("no channel of the input matches a channel of the stream; they are "
+                             "fed in order: " + JoinNames(fed));
+  if (!silent.empty())
+    mapping.warnings.push_back("the stream's " + JoinNames(silent) + " channel(s) stay silent");
+  if (!unused.empty())
+    mapping.warnings.push_back("the input's " + JoinNames(unused) +
+                               " channel(s) have no place in the stream and are left out");
+  return mapping;
+}
+
 }  // namespace
 
 ChannelLayout SourceChannelLayout(const WavReader& reader) {
@@ -112,6 +142,9 @@ ChannelMapping MapChannels(const ChannelLayout& source, const ChannelLayout& str
       silent.push_back(label ? Abbreviation(label) : "channel " + std::to_string(j + 1));
     mapping.sourceOf.push_back(from);
   }
+  if (!source.empty() && std::none_of(mapping.sourceOf.begin(), mapping.sourceOf.end(),
+                                      [](int from) { return from != ChannelMapping::kSilent; }))
+    return MapByPosition(source, stream);
   std::vector<std::string> unused;
   for (std::size_t i = 0; i < source.size(); ++i)
     if (!used[i]) unused.push_back(Abbreviation(source[i].GetLabel()));

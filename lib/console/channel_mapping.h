@@ -24,7 +24,8 @@ struct ChannelMapping {
 };
 
 // Stream channels with a label take the file channel of the same label; unlabelled stream
-// channels (dual mono) take the file channel at their own position.
+// channels (dual mono) take the file channel at their own position. When no label matches at
+// all, the file's channels feed the stream's in order instead of leaving the stream silent.
 ChannelMapping MapChannels(const ChannelLayout& source, const ChannelLayout& stream);
 
 }  // namespace dolbydigital

@@ -35,6 +35,23 @@ TEST(ChannelMapping, ChannelsFollowTheirLabelsAndWhatIsLeftIsReported) {
   EXPECT_NE(up.warnings[0].find("silent"), std::string::npos);
 }
 
+TEST(ChannelMapping, WithoutAnyMatchingLabelTheChannelsFeedTheStreamInOrder) {
+  // A mono file (its channel is the centre) into a 2/0 stream: left carries it.
+  const ChannelMapping mono = MapChannels(
+      tidemark::CreateMonoChannelLayout(),
+      GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_20, false));
+  EXPECT_EQ(mono.sourceOf, (std::vector<int>{0, -1}));
+  ASSERT_FALSE(mono.warnings.empty());
+  EXPECT_NE(mono.warnings[0].find("in order"), std::string::npos);
+
+  // A stereo file into a 1/0 stream: the centre carries the left channel, right is left out.
+  const ChannelMapping stereo = MapChannels(
+      tidemark::CreateStereoChannelLayout(),
+      GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_10, false));
+  EXPECT_EQ(stereo.sourceOf, (std::vector<int>{0}));
+  EXPECT_NE(stereo.warnings.back().find("left out"), std::string::npos);
+}
+
 TEST(ChannelMapping, DualMonoTakesTheFilesChannelsByPosition) {
   const ChannelMapping m =
       MapChannels(tidemark::CreateStereoChannelLayout(),

@@ -123,6 +123,20 @@ TEST_F(BadInput, AnEmptyRecordingGivesAStreamOfSilenceAndSaysSo) {
   EXPECT_LE(decoded.audio.frames(), 2u * 1536u);
 }
 
+TEST_F(BadInput, MonoIntoAStereoStreamIsCarriedByTheLeftChannel) {
+  const Planar mono = LoadAlsaSpeech({"Front_Center"}, kFrames);
+  ASSERT_TRUE(WriteWav(Path("mono.wav"), mono, WavFormat::kPcm16));
+  WriteText(Path("20.json"), "{\"CodecMode\": 1, \"ChannelConfiguration\": 2, \"DataRate\": 192}");
+  const ProcessResult r = RunEncode(Path("mono.wav"), Path("out.ac3"), Path("20.json"));
+  ASSERT_EQ(r.exit_code, 0) << r.stderr_text;
+  EXPECT_TRUE(Mentions(r, "in order")) << r.stderr_text;
+  const DecodeResult decoded = DecodeFile(Path("out.ac3"), {"-drc_scale", "0"});
+  ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
+  ASSERT_EQ(decoded.channels, 2);
+  EXPECT_GT(NormalizedCorrelation(mono.channels[0], decoded.audio.channels[0]), 0.8);
+  EXPECT_LT(RmsDb(decoded.audio.channels[1]), -60.0);
+}
+
 TEST_F(BadInput, ConfigurationsThatCannotBeAppliedLeaveTheDefaults) {
   Write("in.wav", StereoWav(kFrames * 4, kFrames));
   WriteText(Path("empty.json"), "");
