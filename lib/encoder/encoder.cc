@@ -262,6 +262,8 @@ bool Encoder::FinishEncode(ByteVector& out, int& error) {
     s.frameFill = 0;
     if (error == 0) AppendProducedBytes(s, out);
   }
+  // A failed last frame ends the flush: flushing on would hand back a stream with a frame
+  // missing and report success.
   if (error == 0 && s.tailSamples > 0) {
     s.tailSamples = (s.tailSamples / kFrameSamples) * kFrameSamples + kFrameSamples;
     const EngineSlots silence = AllSlotsSilent();
