@@ -154,6 +154,26 @@ TEST_F(WavReaderTest, FloatDataPlainAndExtensible) {
   EXPECT_EQ(ReadAll(ext)[0], (std::vector<float>{0.25f, -2.5f}));
 }
 
+TEST_F(WavReaderTest, TheSampleSizeCheckPassesExtensiblePcmOfAnySizeButNotExtensibleFloat) {
+  // The kind flag is set for an extensible PCM sub-format and cleared for the float one, so
+  // 24-bit extensible PCM raises no message while 24-bit extensible float does.
+  WavImage pcm;
+  pcm.tag = 0xFFFE;
+  pcm.channels = 1;
+  pcm.bits = 24;
+  pcm.extensible = ExtensibleBody(0x4, false);
+  Put(pcm.data, 0x400000, 3);
+  WavReader reader(Write(pcm.Build()));
+  EXPECT_TRUE(reader.HeaderMessages().empty());
+  EXPECT_EQ(ReadAll(reader)[0], std::vector<float>{0.5f});
+
+  WavImage flt = pcm;
+  flt.extensible = ExtensibleBody(0x4, true);
+  WavReader floatReader(Write(flt.Build(), "float24.wav"));
+  EXPECT_EQ(floatReader.HeaderMessages(),
+            std::vector<std::string>{"Only 16bit PCM or 32bit Float supported"});
+}
+
 TEST_F(WavReaderTest, ChannelCountsOtherThanOneOrTwoGetTheBroadcast51Layout) {
   WavImage wav;
   wav.channels = 3;

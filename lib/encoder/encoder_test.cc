@@ -93,6 +93,21 @@ TEST_F(EncoderSession, RefusesWhatItCannotEncode) {
   EXPECT_EQ(error, 3);
 }
 
+TEST_F(EncoderSession, AMapWithoutEnableLFEEncodesWithLFE) {
+  ParameterMap params =
+      Settings(kCodecMode_DolbyDigitalPlus, kAudioChannelConfiguration_Acmod_32, true);
+  params.erase(kParameterID_EnableLFE);
+  const ddtest::Planar audio = ddtest::SpeechForLayout(7, true, 20 * kFrame);
+  ASSERT_EQ(audio.channels.size(), 6u);
+  const ddtest::DecodeResult decoded = ddtest::DecodeBytes(Encode(params, audio, kFrame), "ec3");
+  ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
+  ASSERT_EQ(decoded.channels, 6);
+  // Without the LFE in the session's layout the planes would shift by one from the LFE on.
+  for (int c : {0, 1, 2, 4, 5})
+    EXPECT_GT(ddtest::NormalizedCorrelation(audio.channels[c], decoded.audio.channels[c]), 0.8)
+        << c;
+}
+
 TEST_F(EncoderSession, LessThanAFrameGivesNoBytesYet) {
   Encoder encoder;
   int error = -1;
