@@ -48,6 +48,19 @@ void Biquad::Run(float* samples, int n) {
   s2 = z2;
 }
 
+void Biquad::RunResidual(float* samples, int n) {
+  double z1 = s1, z2 = s2;
+  for (int i = 0; i < n; ++i) {
+    const double x = samples[i];
+    const double y = b0 * x + z1;
+    z1 = b1 * x - a1 * y + z2;
+    z2 = b2 * x - a2 * y;
+    samples[i] = static_cast<float>(x - y);
+  }
+  s1 = z1;
+  s2 = z2;
+}
+
 void Biquad::Sanitize() {
   ClearIfNegligible(&s1);
   ClearIfNegligible(&s2);
@@ -55,21 +68,23 @@ void Biquad::Sanitize() {
 
 void Preprocessor::Reset(const PreprocessSettings& settings) {
   settings_ = settings;
-  for (Biquad& section : dc_filter_) DesignDcHighpass(&section);
+  for (Biquad& section : dc_filter_) DesignDcLowpass(&section);
   DesignLfeLowpass(lfe_filter_);
   DesignHilbert();
   std::memset(history_, 0, sizeof(history_));
 }
 
-// 2nd-order Butterworth high-pass by the bilinear transform (prewarped cutoff).
-void Preprocessor::DesignDcHighpass(Biquad* section) {
+// Critically damped (Q = 1/2) 2nd-order low-pass by the bilinear transform (prewarped corner);
+// its DC gain is exactly one, so the residual removes an offset completely.
+void Preprocessor::DesignDcLowpass(Biquad* section) {
   const double k = std::tan(kPi * kDcCutoffHz / kSampleRate);
-  const double norm = 1.0 / (1.0 + std::sqrt(2.0) * k + k * k);
-  section->b0 = norm;
-  section->b1 = -2.0 * norm;
-  section->b2 = norm;
+  const double q = 0.5;
+  const double norm = 1.0 / (1.0 + k / q + k * k);
+  section->b0 = k * k * norm;
+  section->b1 = 2.0 * section->b0;
+  section->b2 = section->b0;
   section->a1 = 2.0 * (k * k - 1.0) * norm;
-  section->a2 = (1.0 - std::sqrt(2.0) * k + k * k) * norm;
+  section->a2 = (1.0 - k / q + k * k) * norm;
   section->Clear();
 }
 
@@ -122,7 +137,7 @@ void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kS
         }
       }
     } else if (settings_.dc_highpass) {
-      dc_filter_[slot].Run(samples, n);
+      dc_filter_[slot].RunResidual(samples, n);
       dc_filter_[slot].Sanitize();
     }
 

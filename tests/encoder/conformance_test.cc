@@ -107,7 +107,8 @@ TEST_P(Conformance, DecodesAlignedOnItsOwnChannels) {
   ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
   ASSERT_EQ(dec.channels, static_cast<int>(req.slots.size()));
 
-  const std::string path = testing::TempDir() + "/probe." + ext;
+  // A directory of this test's own: other test runs on the machine write their probes too.
+  const std::string path = ddtest::TestTempDir().path() + "/probe." + ext;
   if (FILE* f = std::fopen(path.c_str(), "wb")) {
     std::fwrite(enc.stream.data(), 1, enc.stream.size(), f);
     std::fclose(f);
