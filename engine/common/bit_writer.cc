@@ -12,12 +12,17 @@ void BitWriter::Put(uint32_t value, int bits) {
     overflow_ = true;
     return;
   }
-  for (int i = bits - 1; i >= 0; --i) {
+  // Fill the current byte, then whole bytes, most significant bits first.
+  if (bits < 32) value &= (1u << bits) - 1;
+  while (bits > 0) {
     const size_t byte = pos_ >> 3;
-    const int shift = 7 - static_cast<int>(pos_ & 7);
-    if (shift == 7) buf_[byte] = 0;
-    buf_[byte] |= static_cast<uint8_t>(((value >> i) & 1u) << shift);
-    ++pos_;
+    const int free_bits = 8 - static_cast<int>(pos_ & 7);
+    const int take = bits < free_bits ? bits : free_bits;
+    const uint32_t chunk = (value >> (bits - take)) & ((1u << take) - 1);
+    const uint8_t placed = static_cast<uint8_t>(chunk << (free_bits - take));
+    buf_[byte] = free_bits == 8 ? placed : static_cast<uint8_t>(buf_[byte] | placed);
+    pos_ += static_cast<size_t>(take);
+    bits -= take;
   }
 }
 

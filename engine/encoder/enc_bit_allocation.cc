@@ -87,6 +87,30 @@ void Excitation(const int* bndpsd, int bndstrt, int bndend, int fgain,
   }
 }
 
+// Runs of equal psd that do not cross a band edge.
+void FindRuns(Masking* m) {
+  int runs = 0;
+  for (int i = m->start; i < m->end;) {
+    const int band = kBinToBand[i];
+    const int band_end = std::min<int>(kBandStart[band + 1], m->end);
+    int j = i + 1;
+    while (j < band_end && m->psd[j] == m->psd[i]) ++j;
+    m->run_psd[runs] = m->psd[i];
+    m->run_band[runs] = static_cast<uint8_t>(band);
+    m->run_length[runs] = static_cast<uint8_t>(j - i);
+    ++runs;
+    i = j;
+  }
+  m->runs = runs;
+}
+
+// The band's masking value after the offset and floor (section 7.2.2.7).
+int OffsetMask(int mask, int snroffset, int floor) {
+  mask -= snroffset + floor;
+  if (mask < 0) mask = 0;
+  return (mask & 0x1fe0) + floor;
+}
+
 }  // namespace
 
 void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
@@ -105,6 +129,7 @@ void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
     if (bndpsd[band] < dbknee) excite[band] += (dbknee - bndpsd[band]) >> 2;
     out->mask[band] = static_cast<int16_t>(std::max<int>(excite[band], kHearingThreshold48k[band]));
   }
+  FindRuns(out);
 }
 
 void ComputeBap(const Masking& m, int snroffset, const BitAllocParams& params, uint8_t* bap) {
@@ -114,16 +139,33 @@ void ComputeBap(const Masking& m, int snroffset, const BitAllocParams& params, u
   int lastbin;
   do {
     lastbin = std::min<int>(kBandStart[j + 1], m.end);
-    int mask = m.mask[j] - snroffset - floor;
-    if (mask < 0) mask = 0;
-    mask &= 0x1fe0;
-    mask += floor;
+    const int mask = OffsetMask(m.mask[j], snroffset, floor);
     for (; i < lastbin; ++i) {
       const int address = std::clamp((m.psd[i] - mask) >> 5, 0, 63);
       bap[i] = kBapTab[address];
     }
     ++j;
   } while (m.end > lastbin);
+}
+
+void WeightsByAddress(const uint64_t by_bap[16], uint64_t by_address[64]) {
+  for (int address = 0; address < 64; ++address) by_address[address] = by_bap[kBapTab[address]];
+}
+
+uint64_t SumBapWeights(const Masking& m, int snroffset, const BitAllocParams& params,
+                       const uint64_t by_address[64]) {
+  if (m.runs == 0) return 0;
+  const int floor = kFloor[params.floorcod];
+  int band_mask[kBands];
+  const int first_band = m.run_band[0], last_band = m.run_band[m.runs - 1];
+  for (int band = first_band; band <= last_band; ++band)
+    band_mask[band] = OffsetMask(m.mask[band], snroffset, floor);
+  uint64_t sum = 0;
+  for (int r = 0; r < m.runs; ++r) {
+    const int address = std::clamp((m.run_psd[r] - band_mask[m.run_band[r]]) >> 5, 0, 63);
+    sum += by_address[address] * m.run_length[r];
+  }
+  return sum;
 }
 
 }  // namespace ddpi::enc

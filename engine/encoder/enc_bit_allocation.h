@@ -23,6 +23,12 @@ struct Masking {
   int16_t mask[50];  // masking curve per band before the offset and floor
   int start = 0;
   int end = 0;
+  // The bins as runs of equal psd that stay within one band, in bin order. Every bin of a run
+  // gets the same pointer whatever the offset; grouped exponents make runs long.
+  int runs = 0;
+  int16_t run_psd[256];
+  uint8_t run_band[256];
+  uint8_t run_length[256];
 };
 
 // psd, band integration, excitation and masking curve for bins [start, end) (start = 0:
@@ -38,6 +44,16 @@ constexpr int SnrOffset(int csnroffst, int fsnroffst) {
 // Bit allocation pointers for bins [start, end).
 void ComputeBap(const Masking& masking, int snroffset, const BitAllocParams& params,
                 uint8_t* bap);
+
+// ComputeBap gives a bin the pointer of its address (psd - mask) >> 5, clamped to 0..63.
+// WeightsByAddress turns a weight per pointer into a weight per address, for SumBapWeights.
+void WeightsByAddress(const uint64_t by_bap[16], uint64_t by_address[64]);
+
+// Sum over bins [start, end) of by_bap[bap] for the pointers ComputeBap would give at
+// `snroffset`, without computing each bin: one step per run of equal psd. `by_address` comes
+// from WeightsByAddress. Equal to summing over ComputeBap's output.
+uint64_t SumBapWeights(const Masking& masking, int snroffset, const BitAllocParams& params,
+                       const uint64_t by_address[64]);
 
 }  // namespace ddpi::enc
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "ac3_tables.h"
 
 namespace ddpi::enc {
@@ -48,6 +51,38 @@ TEST(BitAllocation, MoreOffsetNeverMeansFewerBits) {
     ComputeBap(m, (t - 240) << 2, BitAllocParams(), bap);
     for (int i = 0; i < 253; ++i) ASSERT_GE(bap[i], previous[i]);
     std::copy(bap, bap + 253, previous);
+  }
+}
+
+// The offset search's cost evaluation against the pointers themselves, over random exponent
+// sets of every grouping, both channel kinds and the whole range of offsets.
+TEST(BitAllocation, RunSumsEqualSumsOverEveryPointer) {
+  std::mt19937 rng(3);
+  uint64_t weight[16], by_address[64];
+  // Random 64-bit weights: equal sums mean equal counts per pointer, barring a 2^-64 accident.
+  std::mt19937_64 wide(5);
+  for (uint64_t& w : weight) w = wide();
+  WeightsByAddress(weight, by_address);
+  for (int trial = 0; trial < 60; ++trial) {
+    const int end = trial % 5 == 0 ? 7 : 37 + static_cast<int>(rng() % 217);
+    const int group = 1 << (trial % 3);
+    uint8_t exp[256];
+    int level = static_cast<int>(rng() % 12);
+    for (int i = 0; i < end; ++i) {
+      if (i % group == 0) level = std::clamp(level + static_cast<int>(rng() % 5) - 2, 0, 24);
+      exp[i] = static_cast<uint8_t>(level);
+    }
+    Masking m;
+    ComputeMasking(exp, 0, end, static_cast<int>(rng() % 8), BitAllocParams(), &m);
+    for (int t = 1; t < 1024; t += 29) {
+      const int snroffset = (t - 240) << 2;
+      uint8_t bap[256];
+      ComputeBap(m, snroffset, BitAllocParams(), bap);
+      uint64_t expected = 0;
+      for (int i = 0; i < end; ++i) expected += weight[bap[i]];
+      ASSERT_EQ(SumBapWeights(m, snroffset, BitAllocParams(), by_address), expected)
+          << "trial " << trial << " t " << t;
+    }
   }
 }
 

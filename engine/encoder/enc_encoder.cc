@@ -33,6 +33,7 @@ void Encoder::Configure(const EncoderConfig& config) {
   frame_.nfch = nfch;
   frame_.lfe = config.lfe;
   frame_.channels = nfch + (config.lfe ? 1 : 0);
+  frame_.snr_index = 0;
 }
 
 void Encoder::ConditionInput(const float* const slots[kInputSlots], InputReport* report) {
@@ -71,9 +72,19 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
   AdvanceHistory();
 
   // Block b transforms history[256b, 256b + 512); its second half enters for the first time.
+  TransientDetector* detectors[kMaxChannels];
+  const float* fresh[kMaxChannels];
+  float* filtered[kMaxChannels];
+  // LFE is always coded with long transforms: only the full-bandwidth channels are examined.
+  for (int c = 0; c < frame_.nfch; ++c) {
+    detectors[c] = &transient_[c];
+    fresh[c] = history_[c] + kHistory;
+    filtered[c] = highpassed_[c];
+  }
+  TransientDetector::HighPassChannels(detectors, fresh, filtered, frame_.nfch, kFrameInput);
   for (int c = 0; c < frame_.channels; ++c)
     for (int b = 0; b < kBlocks; ++b)
-      short_blocks_[c][b] = transient_[c].Detect(history_[c] + kHistory + b * 256);
+      short_blocks_[c][b] = c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256);
 
   // The decoder reproduces history[256b, 256b + 256) from block b: the DRC words are computed
   // on exactly those samples.

@@ -51,6 +51,7 @@ class Encoder {
   float work_[6][kFrameInput];
   float unused_[kFrameInput];
   float history_[kMaxChannels][kHistory + kFrameInput];
+  float highpassed_[kMaxChannels][kFrameInput];  // transient detection's filtered input
   bool short_blocks_[kMaxChannels][kBlocks];
   FrameData frame_;
   MantissaPacker packer_;

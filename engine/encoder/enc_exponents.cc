@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 namespace ddpi::enc {
 namespace {
@@ -12,17 +13,14 @@ int GroupSize(ExpStrategy s) { return s == kExpD15 ? 1 : (s == kExpD25 ? 2 : 4);
 }  // namespace
 
 void ExtractExponents(const float* coef, int count, uint8_t* exp) {
+  // |coef| = 1.f * 2^(E - 127) = 0.1f * 2^(E - 126) for the biased exponent E of a normal
+  // float, so 126 - E left shifts bring it into [0.5, 1). Zero and subnormals (E = 0) and
+  // anything at or above 1.0 fall outside [0, 24] and are clamped.
   for (int i = 0; i < count; ++i) {
-    const float a = std::fabs(coef[i]);
-    int e = kMaxExponent;
-    if (a >= 1.0f) {
-      e = 0;
-    } else if (a > 0.0f) {
-      int binary_exp;
-      std::frexp(a, &binary_exp);  // a = f * 2^binary_exp, f in [0.5, 1)
-      e = std::min(kMaxExponent, -binary_exp);
-    }
-    exp[i] = static_cast<uint8_t>(e);
+    uint32_t bits;
+    std::memcpy(&bits, &coef[i], sizeof bits);
+    const int biased = static_cast<int>((bits >> 23) & 0xff);
+    exp[i] = static_cast<uint8_t>(std::clamp(126 - biased, 0, kMaxExponent));
   }
 }
 

@@ -110,24 +110,44 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     ShareAndCode(ch.exp, ch.strategy, kBlocks, ch.end);
-    for (int b = 0; b < kBlocks; ++b)
-      ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);
+    // A block that reuses exponents has the masking of the block before it.
+    for (int b = 0; b < kBlocks; ++b) {
+      if (b > 0 && ch.strategy[b] == kExpReuse) ch.masking[b] = ch.masking[b - 1];
+      else ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);
+    }
   }
 }
 
 namespace {
 
-int MantissaBits(FrameData* f, int t) {
-  const int snroffset = (t - 240) * 4;  // negative offsets too: a multiply, not a shift
+// Pointers of every channel and block for index t, as the decoder derives them.
+void ComputeFrameBap(FrameData* f, int t) {
+  const int snroffset = (t - 240) << 2;
+  for (int b = 0; b < kBlocks; ++b)
+    for (int c = 0; c < f->channels; ++c)
+      ComputeBap(f->ch[c].masking[b], snroffset, f->ba, f->ch[c].bap[b]);
+}
+
+// Mantissa bits of the frame for index t. A block that reuses its channel's exponents has
+// the same masking, hence the same cost, as the block that sent them.
+int MantissaBits(const FrameData* f, int t) {
+  struct AddressWeights {
+    uint64_t w[64];
+    AddressWeights() { WeightsByAddress(MantissaCounter::kPackedByBap, w); }
+  };
+  static const AddressWeights weights;
+  const int snroffset = (t - 240) << 2;
+  uint64_t cost[kMaxChannels] = {};
   int bits = 0;
   for (int b = 0; b < kBlocks; ++b) {
-    MantissaCounter counter;
+    uint64_t block = 0;
     for (int c = 0; c < f->channels; ++c) {
-      ChannelFrame& ch = f->ch[c];
-      ComputeBap(ch.masking[b], snroffset, f->ba, ch.bap[b]);
-      counter.Add(ch.bap[b], 0, ch.end);
+      const ChannelFrame& ch = f->ch[c];
+      if (b == 0 || ch.strategy[b] != kExpReuse)
+        cost[c] = SumBapWeights(ch.masking[b], snroffset, f->ba, weights.w);
+      block += cost[c];
     }
-    bits += counter.Bits();
+    bits += MantissaCounter::PackedBits(block);
   }
   return bits;
 }
@@ -136,15 +156,43 @@ int MantissaBits(FrameData* f, int t) {
 
 bool AllocateFrame(int budget_bits, FrameData* f) {
   // t = csnroffst * 16 + fsnroffst; the offset grows with t. t = 0 would tell the decoder
-  // that no mantissas follow, so the search starts at 1.
-  int lo = 1, hi = 63 * 16 + 15;
-  if (MantissaBits(f, lo) > budget_bits) return false;
+  // that no mantissas follow, so the search starts at 1. Neighbouring frames need similar
+  // offsets: the search brackets the answer from the previous frame's outwards with growing
+  // steps, then halves the bracket.
+  constexpr int kLowest = 1, kHighest = 63 * 16 + 15;
+  auto fits = [&](int t) { return MantissaBits(f, t) <= budget_bits; };
+  const int start = f->snr_index > 0 ? f->snr_index : 512;
+  int lo, hi;  // fits(lo); nothing above hi fits
+  if (fits(start)) {
+    lo = start;
+    hi = kHighest;
+    for (int step = 4; lo < kHighest; step *= 2) {
+      const int probe = std::min(kHighest, lo + step);
+      if (!fits(probe)) {
+        hi = probe - 1;
+        break;
+      }
+      lo = probe;
+    }
+  } else {
+    hi = start - 1;
+    for (int step = 4;; step *= 2) {
+      if (hi < kLowest) return false;
+      const int probe = std::max(kLowest, hi - step + 1);
+      if (fits(probe)) {
+        lo = probe;
+        break;
+      }
+      hi = probe - 1;
+    }
+  }
   while (lo < hi) {
     const int mid = (lo + hi + 1) / 2;
-    if (MantissaBits(f, mid) <= budget_bits) lo = mid;
+    if (fits(mid)) lo = mid;
     else hi = mid - 1;
   }
-  MantissaBits(f, lo);
+  ComputeFrameBap(f, lo);
+  f->snr_index = lo;
   f->csnroffst = lo >> 4;
   f->fsnroffst = lo & 15;
   for (int c = 0; c < f->channels; ++c) {

@@ -43,6 +43,7 @@ struct FrameData {
   uint8_t rematflg[kBlocks][kRematrixBands] = {};
   int csnroffst = 15;
   int fsnroffst = 0;
+  int snr_index = 0;  // csnroffst * 16 + fsnroffst of the previous frame, 0 before the first
   int fgaincod = 4;
   BitAllocParams ba;
   DrcFrameGains drc = {};

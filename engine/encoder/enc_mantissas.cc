@@ -15,20 +15,37 @@ int KindOf(int bap) { return bap == 1 ? 0 : (bap == 2 ? 1 : (bap == 4 ? 2 : -1))
 constexpr int kGroupSize[3] = {3, 3, 2};
 constexpr int kGroupBits[3] = {5, 7, 7};
 constexpr int kGroupRadix[3] = {3, 5, 11};
+// Bits of the ungrouped quantisers by bap (0 for bap 0 and the grouped ones).
+constexpr uint8_t kPlainBits[16] = {0, 0, 0, 3, 0, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 16};
+
+// 2^e for the exponents 0..24.
+struct PowersOfTwo {
+  float value[25];
+  constexpr PowersOfTwo() : value() {
+    float v = 1.0f;
+    for (float& x : value) {
+      x = v;
+      v *= 2.0f;
+    }
+  }
+  float operator[](int e) const { return value[e]; }
+};
+constexpr PowersOfTwo kPow2;
 
 }  // namespace
 
 int QuantizeMantissa(float coef, int exp, int bap) {
   if (bap == 0) return 0;
-  const float m = std::ldexp(coef, exp);
+  const float m = coef * kPow2[exp];
   const int levels = kLevels[bap];
   if (levels) {
-    const int q = static_cast<int>(std::floor((m + 1.0f) * levels * 0.5f));
+    // (m + 1) * levels / 2 is not negative: truncation is the floor.
+    const int q = static_cast<int>((m + 1.0f) * levels * 0.5f);
     return std::clamp(q, 0, levels - 1);
   }
   const int bits = ac3::kMantissaBits[bap];
   const int scale = 1 << (bits - 1);
-  const int q = static_cast<int>(std::lround(m * scale));
+  const int q = static_cast<int>(std::lrint(m * static_cast<float>(scale)));
   return std::clamp(q, -scale, scale - 1);
 }
 
@@ -39,11 +56,46 @@ float DequantizeMantissa(int code, int bap) {
   return static_cast<float>(code) / (1 << (ac3::kMantissaBits[bap] - 1));
 }
 
+void MantissaCounter::Add(const uint8_t* bap, int start, int end) {
+  // Sums in registers rather than a histogram in memory: runs of equal bap would otherwise
+  // wait on their own increments.
+  int n1 = 0, n2 = 0, n4 = 0, plain = 0;
+  for (int i = start; i < end; ++i) {
+    const int b = bap[i];
+    n1 += b == 1;
+    n2 += b == 2;
+    n4 += b == 4;
+    plain += kPlainBits[b];
+  }
+  grouped[0] += n1;
+  grouped[1] += n2;
+  grouped[2] += n4;
+  plain_bits += plain;
+}
+
 int MantissaCounter::Bits() const {
-  int bits = (count[1] + 2) / 3 * 5 + (count[2] + 2) / 3 * 7 + (count[4] + 1) / 2 * 7;
-  for (int b = 3; b < 16; ++b)
-    if (b != 4) bits += count[b] * ac3::kMantissaBits[b];
-  return bits;
+  return (grouped[0] + 2) / 3 * 5 + (grouped[1] + 2) / 3 * 7 + (grouped[2] + 1) / 2 * 7 +
+         plain_bits;
+}
+
+namespace {
+constexpr uint64_t Packed(int bap) {
+  return bap == 1   ? uint64_t{1} << 16
+         : bap == 2 ? uint64_t{1} << 32
+         : bap == 4 ? uint64_t{1} << 48
+                    : uint64_t{kPlainBits[bap]};
+}
+}  // namespace
+
+const uint64_t MantissaCounter::kPackedByBap[16] = {
+    Packed(0),  Packed(1),  Packed(2),  Packed(3),  Packed(4),  Packed(5),  Packed(6),  Packed(7),
+    Packed(8),  Packed(9),  Packed(10), Packed(11), Packed(12), Packed(13), Packed(14), Packed(15)};
+
+int MantissaCounter::PackedBits(uint64_t packed) {
+  MantissaCounter counter;
+  counter.plain_bits = static_cast<int>(packed & 0xffff);
+  for (int k = 0; k < 3; ++k) counter.grouped[k] = static_cast<int>((packed >> (16 * (k + 1))) & 0xffff);
+  return counter.Bits();
 }
 
 void MantissaPacker::Begin() {

@@ -18,13 +18,20 @@ int QuantizeMantissa(float coef, int exp, int bap);
 // The value a decoder reconstructs for a level/code (before the 2^-exp scaling), for tests.
 float DequantizeMantissa(int code, int bap);
 
-// Counts mantissas of one audio block to give its exact bit cost with grouping.
+// Counts mantissas of one audio block to give its exact bit cost with grouping: the grouped
+// quantisers (bap 1, 2, 4) by number, the others by their bits.
 struct MantissaCounter {
-  int count[16] = {};
-  void Add(const uint8_t* bap, int start, int end) {
-    for (int i = start; i < end; ++i) ++count[bap[i]];
-  }
+  int grouped[3] = {};  // bap 1, 2 and 4
+  int plain_bits = 0;
+  void Add(const uint8_t* bap, int start, int end);
   int Bits() const;
+
+  // The same count as one 64-bit word per mantissa, summed by plain addition: the bits of
+  // the ungrouped quantisers in bits 0..15, the numbers of bap 1, 2 and 4 in bits 16..31,
+  // 32..47 and 48..63 (one audio block holds at most 6 * 256 mantissas of 16 bits, so no
+  // field overflows). kPackedByBap gives each bap's word.
+  static const uint64_t kPackedByBap[16];
+  static int PackedBits(uint64_t packed);
 };
 
 // Writes the mantissas of one audio block channel by channel, forming the groups of bap 1, 2

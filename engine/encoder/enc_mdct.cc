@@ -1,7 +1,6 @@
 #include "enc_mdct.h"
 
 #include <cmath>
-#include <complex>
 
 namespace ddpi::enc {
 namespace {
@@ -46,21 +45,31 @@ const Window& TheWindow() {
   return window;
 }
 
-// DCT-IV of length M through an M/2-point complex FFT (radix 2).
+// DCT-IV of length M through an M/2-point complex FFT (radix 2). Real and imaginary parts
+// live in separate arrays and each stage's twiddles lie contiguous, so that the butterflies
+// of one stage run over consecutive elements.
 template <int M>
 struct DctIv {
   static constexpr int kHalf = M / 2;
-  std::complex<float> pre[kHalf];
-  std::complex<float> post[kHalf];
-  std::complex<float> twiddle[kHalf / 2];
+  float pre_re[kHalf], pre_im[kHalf];
+  float post_re[kHalf], post_im[kHalf];
+  // Twiddles of the stage joining halves of h points start at index h: exp(-i pi j / h).
+  float tw_re[kHalf], tw_im[kHalf];
   int bitrev[kHalf];
 
   DctIv() {
     for (int p = 0; p < kHalf; ++p) {
-      pre[p] = std::polar(1.0, -kPi * (p + 0.25) / M);
-      post[p] = std::polar(1.0, -kPi * p / M);
+      pre_re[p] = static_cast<float>(std::cos(-kPi * (p + 0.25) / M));
+      pre_im[p] = static_cast<float>(std::sin(-kPi * (p + 0.25) / M));
+      post_re[p] = static_cast<float>(std::cos(-kPi * p / M));
+      post_im[p] = static_cast<float>(std::sin(-kPi * p / M));
     }
-    for (int i = 0; i < kHalf / 2; ++i) twiddle[i] = std::polar(1.0, -2.0 * kPi * i / kHalf);
+    tw_re[0] = 1, tw_im[0] = 0;
+    for (int h = 1; h < kHalf; h <<= 1)
+      for (int j = 0; j < h; ++j) {
+        tw_re[h + j] = static_cast<float>(std::cos(-kPi * j / h));
+        tw_im[h + j] = static_cast<float>(std::sin(-kPi * j / h));
+      }
     int bits = 0;
     while ((1 << bits) < kHalf) ++bits;
     for (int i = 0; i < kHalf; ++i) {
@@ -70,16 +79,30 @@ struct DctIv {
     }
   }
 
-  void Fft(std::complex<float>* v) const {
-    for (int i = 0; i < kHalf; ++i)
-      if (i < bitrev[i]) std::swap(v[i], v[bitrev[i]]);
-    for (int len = 2; len <= kHalf; len <<= 1) {
-      const int step = kHalf / len;
-      for (int start = 0; start < kHalf; start += len) {
-        for (int j = 0; j < len / 2; ++j) {
-          const std::complex<float> t = v[start + j + len / 2] * twiddle[j * step];
-          v[start + j + len / 2] = v[start + j] - t;
-          v[start + j] += t;
+  // In-place FFT of data already in bit-reversed order.
+  void Fft(float* re, float* im) const {
+    for (int start = 0; start < kHalf; start += 2) {  // first stage: twiddle 1
+      const float tr = re[start + 1], ti = im[start + 1];
+      re[start + 1] = re[start] - tr;
+      im[start + 1] = im[start] - ti;
+      re[start] += tr;
+      im[start] += ti;
+    }
+    for (int h = 2; h < kHalf; h <<= 1) {
+      const float* wr = tw_re + h;
+      const float* wi = tw_im + h;
+      for (int start = 0; start < kHalf; start += 2 * h) {
+        float* __restrict ar = re + start;
+        float* __restrict ai = im + start;
+        float* __restrict br = re + start + h;
+        float* __restrict bi = im + start + h;
+        for (int j = 0; j < h; ++j) {
+          const float tr = br[j] * wr[j] - bi[j] * wi[j];
+          const float ti = br[j] * wi[j] + bi[j] * wr[j];
+          br[j] = ar[j] - tr;
+          bi[j] = ai[j] - ti;
+          ar[j] += tr;
+          ai[j] += ti;
         }
       }
     }
@@ -87,13 +110,16 @@ struct DctIv {
 
   // out[k] = scale * sum_m u[m] cos(pi/M (m + 1/2)(k + 1/2))
   void Run(const float* u, float scale, float* out) const {
-    std::complex<float> v[kHalf];
-    for (int p = 0; p < kHalf; ++p) v[p] = std::complex<float>(u[2 * p], u[M - 1 - 2 * p]) * pre[p];
-    Fft(v);
+    float re[kHalf], im[kHalf];
+    for (int p = 0; p < kHalf; ++p) {
+      const float a = u[2 * p], b = u[M - 1 - 2 * p];
+      re[bitrev[p]] = a * pre_re[p] - b * pre_im[p];
+      im[bitrev[p]] = a * pre_im[p] + b * pre_re[p];
+    }
+    Fft(re, im);
     for (int q = 0; q < kHalf; ++q) {
-      const std::complex<float> y = v[q] * post[q];
-      out[2 * q] = scale * y.real();
-      out[M - 1 - 2 * q] = -scale * y.imag();
+      out[2 * q] = scale * (re[q] * post_re[q] - im[q] * post_im[q]);
+      out[M - 1 - 2 * q] = -scale * (re[q] * post_im[q] + im[q] * post_re[q]);
     }
   }
 };

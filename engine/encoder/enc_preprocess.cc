@@ -61,6 +61,44 @@ void Biquad::RunResidual(float* samples, int n) {
   s2 = z2;
 }
 
+// Biquad::RunResidual over several planes at once. Each section's recursion waits on its own
+// previous output; running the planes side by side lets those waits overlap.
+void RunResidualInterleaved(Biquad* const* sections, float* const* planes, int count, int n) {
+  constexpr int kWidth = 4;
+  for (int first = 0; first < count; first += kWidth) {
+    const int width = count - first < kWidth ? count - first : kWidth;
+    if (width < kWidth) {
+      for (int k = 0; k < width; ++k) {
+        sections[first + k]->RunResidual(planes[first + k], n);
+        sections[first + k]->Sanitize();
+      }
+      continue;
+    }
+    double z1[kWidth], z2[kWidth], b0[kWidth], b1[kWidth], b2[kWidth], a1[kWidth], a2[kWidth];
+    float* p[kWidth];
+    for (int k = 0; k < kWidth; ++k) {
+      const Biquad& q = *sections[first + k];
+      z1[k] = q.s1, z2[k] = q.s2;
+      b0[k] = q.b0, b1[k] = q.b1, b2[k] = q.b2, a1[k] = q.a1, a2[k] = q.a2;
+      p[k] = planes[first + k];
+    }
+    for (int i = 0; i < n; ++i) {
+      for (int k = 0; k < kWidth; ++k) {
+        const double x = p[k][i];
+        const double y = b0[k] * x + z1[k];
+        z1[k] = b1[k] * x - a1[k] * y + z2[k];
+        z2[k] = b2[k] * x - a2[k] * y;
+        p[k][i] = static_cast<float>(x - y);
+      }
+    }
+    for (int k = 0; k < kWidth; ++k) {
+      sections[first + k]->s1 = z1[k];
+      sections[first + k]->s2 = z2[k];
+      sections[first + k]->Sanitize();
+    }
+  }
+}
+
 void Biquad::Sanitize() {
   ClearIfNegligible(&s1);
   ClearIfNegligible(&s2);
@@ -124,21 +162,29 @@ void Preprocessor::Process(float* const slots[kSlots], const bool active[kSlots]
 
 void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kSlots], int offset,
                                 int n) {
+  // DC removal of every full-bandwidth slot in one interleaved pass.
+  Biquad* sections[kSlots];
+  float* planes[kSlots];
+  int count = 0;
+  for (int slot = 0; slot < kSlots; ++slot) {
+    if (!active[slot] || slots[slot] == nullptr) continue;
+    if (slot != kLfeSlot && settings_.dc_highpass) {
+      sections[count] = &dc_filter_[slot];
+      planes[count++] = slots[slot] + offset;
+    }
+  }
+  RunResidualInterleaved(sections, planes, count, n);
+
   for (int slot = 0; slot < kSlots; ++slot) {
     if (!active[slot] || slots[slot] == nullptr) continue;
     float* samples = slots[slot] + offset;
     const bool surround = slot == kLeftSurroundSlot || slot == kRightSurroundSlot;
 
-    if (slot == kLfeSlot) {
-      if (settings_.lfe_lowpass) {
-        for (Biquad& section : lfe_filter_) {
-          section.Run(samples, n);
-          section.Sanitize();
-        }
+    if (slot == kLfeSlot && settings_.lfe_lowpass) {
+      for (Biquad& section : lfe_filter_) {
+        section.Run(samples, n);
+        section.Sanitize();
       }
-    } else if (settings_.dc_highpass) {
-      dc_filter_[slot].RunResidual(samples, n);
-      dc_filter_[slot].Sanitize();
     }
 
     DelayOrShift(slot, samples, n, surround && settings_.phase_shift_90);

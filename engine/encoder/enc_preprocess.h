@@ -37,6 +37,9 @@ struct Biquad {
   void Sanitize();
 };
 
+// Biquad::RunResidual of count sections, each over its own plane of n samples.
+void RunResidualInterleaved(Biquad* const* sections, float* const* planes, int count, int n);
+
 class Preprocessor {
  public:
   static constexpr int kSlots = 11;

@@ -21,26 +21,63 @@ void TransientDetector::Reset() {
   std::fill(last_peak_, last_peak_ + kLevels, 0.0f);
 }
 
-float TransientDetector::HighPass(float x) {
-  const float y = kB0 * x + s1_;
-  s1_ = kB1 * x - kA1 * y + s2_;
-  s2_ = kB2 * x - kA2 * y;
-  return y;
+void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
+                                         const float* const* in, float* const* out,
+                                         int channels, int n) {
+  for (int first = 0; first < channels; first += kMaxInterleaved) {
+    const int count = std::min(kMaxInterleaved, channels - first);
+    float s1[kMaxInterleaved], s2[kMaxInterleaved];
+    for (int c = 0; c < count; ++c) {
+      s1[c] = detectors[first + c]->s1_;
+      s2[c] = detectors[first + c]->s2_;
+    }
+    for (int i = 0; i < n; ++i) {
+      for (int c = 0; c < count; ++c) {
+        const float x = in[first + c][i];
+        const float y = kB0 * x + s1[c];
+        s1[c] = kB1 * x - kA1 * y + s2[c];
+        s2[c] = kB2 * x - kA2 * y;
+        out[first + c][i] = y;
+      }
+    }
+    for (int c = 0; c < count; ++c) {
+      TransientDetector* d = detectors[first + c];
+      d->s1_ = s1[c];
+      d->s2_ = s2[c];
+      if (!std::isfinite(d->s1_) || !std::isfinite(d->s2_) || std::fabs(d->s1_) < 1e-30f)
+        d->s1_ = d->s2_ = 0;
+    }
+  }
 }
 
 bool TransientDetector::Detect(const float* block) {
   float filtered[256];
-  for (int n = 0; n < 256; ++n) filtered[n] = HighPass(block[n]);
-  if (!std::isfinite(s1_) || !std::isfinite(s2_) || std::fabs(s1_) < 1e-30f) s1_ = s2_ = 0;
+  TransientDetector* self = this;
+  float* out = filtered;
+  HighPassChannels(&self, &block, &out, 1, 256);
+  return DetectFiltered(filtered);
+}
+
+bool TransientDetector::DetectFiltered(const float* filtered) {
+  // Peaks of the four 64-sample segments; the 128- and 256-sample levels are their maxima.
+  float quarter[4];
+  for (int s = 0; s < 4; ++s) {
+    float lanes[8] = {};
+    for (int n = 0; n < 64; n += 8)
+      for (int k = 0; k < 8; ++k) lanes[k] = std::max(lanes[k], std::fabs(filtered[s * 64 + n + k]));
+    float peak = 0;
+    for (float lane : lanes) peak = std::max(peak, lane);
+    quarter[s] = peak;
+  }
+  const float half[2] = {std::max(quarter[0], quarter[1]), std::max(quarter[2], quarter[3])};
+  const float whole = std::max(half[0], half[1]);
+  const float* peaks[kLevels] = {&whole, half, quarter};
 
   bool transient = false;
   for (int level = 0; level < kLevels; ++level) {
-    const int segments = 1 << level;
-    const int length = 256 >> level;
     float previous = last_peak_[level];
-    for (int s = 0; s < segments; ++s) {
-      float peak = 0;
-      for (int n = 0; n < length; ++n) peak = std::max(peak, std::fabs(filtered[s * length + n]));
+    for (int s = 0; s < (1 << level); ++s) {
+      const float peak = peaks[level][s];
       if (peak > kSilence && peak * kThreshold[level] > previous) transient = true;
       previous = peak;
     }

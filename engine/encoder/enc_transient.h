@@ -14,9 +14,18 @@ class TransientDetector {
   // `block` holds the 256 samples that enter the transform for the first time.
   bool Detect(const float* block);
 
+  // The same decision in two steps, for many channels at once: HighPassChannels filters n
+  // samples of each detector's channel (the channels' filters run interleaved, so that one
+  // channel's recursion does not wait on itself), then DetectFiltered judges each block of
+  // 256 filtered samples in order. Detect(block) equals HighPass of the block followed by
+  // DetectFiltered.
+  static void HighPassChannels(TransientDetector* const* detectors, const float* const* in,
+                               float* const* out, int channels, int n);
+  bool DetectFiltered(const float* filtered);
+
  private:
   static constexpr int kLevels = 3;
-  float HighPass(float x);
+  static constexpr int kMaxInterleaved = 8;
 
   // Second-order high-pass (8 kHz) in direct form II transposed.
   float s1_ = 0, s2_ = 0;
