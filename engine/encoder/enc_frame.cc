@@ -14,8 +14,10 @@ struct BandwidthPoint {
   int kbps;
   int hz;
 };
-constexpr BandwidthPoint kBandwidth[] = {{24, 7000},  {32, 9500},  {40, 11500}, {48, 13500},
-                                         {64, 16000}, {80, 18000}, {96, 19500}, {128, 20300}};
+// At the low rates a narrower band pays: the bits go to the loud low and middle frequencies,
+// which both the waveform error and the masked noise figure favour.
+constexpr BandwidthPoint kBandwidth[] = {{24, 6900},  {32, 7500},  {40, 9000},  {48, 11000},
+                                         {64, 15000}, {80, 17500}, {96, 19500}, {128, 20300}};
 
 int BandwidthHz(double kbps_per_channel) {
   constexpr int n = sizeof(kBandwidth) / sizeof(kBandwidth[0]);
@@ -56,7 +58,13 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe) {
   plan.chbwcod = std::clamp((end - 73) / 3, 0, 60);
   const double bits_per_block = kbps * 32.0 / (nfch * kBlocks);
   plan.coarsen = bits_per_block >= 500 ? -1 : bits_per_block >= 250 ? 0 : bits_per_block >= 150 ? 1 : 2;
-  plan.reuse_threshold = plan.coarsen >= 1 ? 1.5f : 1.0f;
+  // Below about 250 bits per channel and block, new exponent sets cost the mantissas more
+  // than they bring: reuse unless the spectrum changes a lot.
+  plan.reuse_threshold = plan.coarsen >= 1 ? 3.0f : 1.0f;
+  // A higher fast gain lowers the masking curve next to strong components, which spends the
+  // bits closer to the loud parts of the spectrum (measured: both the waveform error and the
+  // masked noise fall, most at the low rates).
+  plan.fgaincod = bits_per_block >= 400 ? 6 : 7;
   plan.frame_bits = kbps * 32;
   return plan;
 }
@@ -86,6 +94,7 @@ void ChooseFrameStrategies(const CodingPlan& plan, FrameData* f) {
 
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
                   const CodingPlan& plan, FrameData* f) {
+  f->fgaincod = plan.fgaincod;
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     ch.lfe = f->lfe && c == f->nfch;

@@ -54,6 +54,7 @@ struct CodingPlan {
   int chbwcod = 60;
   int coarsen = 0;           // exponent grouping bias, see ChooseStrategies
   float reuse_threshold = 1; // mean exponent change that forces a new set
+  int fgaincod = 4;          // fast gain code of every channel
   int frame_bits = 0;        // size of a frame
 };
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe);

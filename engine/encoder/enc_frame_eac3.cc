@@ -20,7 +20,7 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
   bw->Put(1, 1);  // blkswe
   bw->Put(1, 1);  // dithflage
   bw->Put(0, 1);  // bamode: default bit allocation parameters
-  bw->Put(0, 1);  // frmfgaincode: fgaincod 4
+  bw->Put(f.fgaincod != 4, 1);  // frmfgaincode: fast gain codes in every block, else all 4
   bw->Put(0, 1);  // dbaflde
   bw->Put(0, 1);  // skipflde
   bw->Put(0, 1);  // spxattene
@@ -57,6 +57,10 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer) {
   for (int c = 0; c < nfch; ++c)
     if (f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
+  if (f.fgaincod != 4) {
+    bw->Put(1, 1);  // fgaincode: one code per channel follows
+    for (int c = 0; c < f.channels; ++c) bw->Put(f.fgaincod, 3);
+  }
   bw->Put(0, 1);  // convsnroffste
   if (packer) WriteMantissas(bw, f, blk, packer);
 }

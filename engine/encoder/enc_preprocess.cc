@@ -8,8 +8,9 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kSampleRate = 48000.0;
-// Filter state below this is inaudible (-600 dB) and is dropped before it turns subnormal.
-constexpr double kStateFloor = 1e-30;
+// Filter state below this is inaudible (-300 dB) and is dropped: it would otherwise linger for
+// many seconds in the slow DC removal and end up subnormal.
+constexpr double kStateFloor = 1e-15;
 // Kaiser window shape of the Hilbert FIR: about 1e-3 passband ripple (0.01 dB).
 constexpr double kKaiserBeta = 5.65;
 

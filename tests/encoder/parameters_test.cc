@@ -169,7 +169,9 @@ TEST(Preprocessing, SurroundAttenuationLowersOnlyTheSurroundsBy3dB) {
 
 TEST(Preprocessing, DcHighPassRemovesOffset) {
   ddtest::Planar in;
-  in.channels.push_back(ddtest::Sine(48000, 1000, 0.3));
+  // Three seconds: the DC removal's corner lies far below the audio band (0.5 Hz), so an
+  // offset present from the first sample takes about two seconds to be gone.
+  in.channels.push_back(ddtest::Sine(3 * 48000, 1000, 0.3));
   for (float& x : in.channels[0]) x += 0.25f;
   double mean[2];
   for (int on = 0; on < 2; ++on) {
@@ -181,7 +183,7 @@ TEST(Preprocessing, DcHighPassRemovesOffset) {
     ASSERT_TRUE(d.Clean());
     const std::vector<float>& out = d.audio.channels[0];
     // The last quarter second of the programme, long after the filter settled.
-    const size_t begin = r.delay + 36000, end = r.delay + 48000;
+    const size_t begin = r.delay + 132000, end = r.delay + 144000;
     mean[on] = std::accumulate(out.begin() + begin, out.begin() + end, 0.0) / (end - begin);
   }
   EXPECT_NEAR(mean[0], 0.25, 0.02);
