@@ -137,9 +137,10 @@ void ComputeFrameBap(FrameData* f, int t) {
       ComputeBap(f->ch[c].masking[b], snroffset, f->ba, f->ch[c].bap[b]);
 }
 
-// Mantissa bits of the frame for index t. A block that reuses its channel's exponents has
-// the same masking, hence the same cost, as the block that sent them.
-int MantissaBits(const FrameData* f, int t) {
+// Mantissa bits of the frame for index t, and of blocks 0 and 1 in *early. A block that
+// reuses its channel's exponents has the same masking, hence the same cost, as the block
+// that sent them.
+int MantissaBits(const FrameData* f, int t, int* early) {
   struct AddressWeights {
     uint64_t w[64];
     AddressWeights() { WeightsByAddress(MantissaCounter::kPackedByBap, w); }
@@ -157,19 +158,23 @@ int MantissaBits(const FrameData* f, int t) {
       block += cost[c];
     }
     bits += MantissaCounter::PackedBits(block);
+    if (b == 1) *early = bits;
   }
   return bits;
 }
 
 }  // namespace
 
-bool AllocateFrame(int budget_bits, FrameData* f) {
+bool AllocateFrame(int budget_bits, int early_budget_bits, FrameData* f) {
   // t = csnroffst * 16 + fsnroffst; the offset grows with t. t = 0 would tell the decoder
   // that no mantissas follow, so the search starts at 1. Neighbouring frames need similar
   // offsets: the search brackets the answer from the previous frame's outwards with growing
   // steps, then halves the bracket.
   constexpr int kLowest = 1, kHighest = 63 * 16 + 15;
-  auto fits = [&](int t) { return MantissaBits(f, t) <= budget_bits; };
+  auto fits = [&](int t) {
+    int early = 0;
+    return MantissaBits(f, t, &early) <= budget_bits && early <= early_budget_bits;
+  };
   const int start = f->snr_index > 0 ? f->snr_index : 512;
   int lo, hi;  // fits(lo); nothing above hi fits
   if (fits(start)) {

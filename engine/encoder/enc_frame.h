@@ -65,9 +65,9 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe);
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
                   const CodingPlan& plan, FrameData* frame);
 
-// Largest SNR offset whose mantissas fit `budget_bits`; fills bap and mant. Returns false if
-// not even the smallest offset fits.
-bool AllocateFrame(int budget_bits, FrameData* frame);
+// Largest SNR offset whose mantissas fit `budget_bits`, those of blocks 0 and 1 also fitting
+// `early_budget_bits`; fills bap and mant. Returns false if not even the smallest offset fits.
+bool AllocateFrame(int budget_bits, int early_budget_bits, FrameData* frame);
 
 // Shared pieces of the block syntax.
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);

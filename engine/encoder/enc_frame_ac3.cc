@@ -51,14 +51,22 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   if (packer) WriteMantissas(bw, f, blk, packer);
 }
 
-void WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer) {
+// Writes the frame up to the auxiliary data; *early_end receives the position after block 1.
+void WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer,
+                size_t* early_end) {
   bw->Put(0x0B77, 16);
   bw->Put(0, 16);  // crc1, filled in afterwards
   bw->Put(0, 2);   // fscod: 48 kHz
   bw->Put(Ac3FrameSizeCode(cfg.kbps), 6);
   WriteAc3Bsi(bw, cfg, f.drc);
-  for (int blk = 0; blk < kBlocks; ++blk) WriteBlock(bw, cfg, f, blk, packer);
+  for (int blk = 0; blk < kBlocks; ++blk) {
+    WriteBlock(bw, cfg, f, blk, packer);
+    if (blk == 1) *early_end = bw->position();
+  }
 }
+
+// Bytes of the first 5/8 of a frame, which crc1 covers (A/52 section 7.10.1).
+int FirstFiveEighths(int frame_bytes) { return ((frame_bytes >> 2) + (frame_bytes >> 4)) << 1; }
 
 }  // namespace
 
@@ -72,12 +80,17 @@ bool EncodeAc3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pack
                     uint8_t* out) {
   const int frame_bytes = ac3::FrameWords48k(cfg.kbps) * 2;
   BitWriter counter;
-  WriteFrame(&counter, cfg, *f, nullptr);
+  size_t early_end = 0;
+  WriteFrame(&counter, cfg, *f, nullptr, &early_end);
   const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
-  if (budget < 0 || !AllocateFrame(budget, f)) return false;
+  // Blocks 0 and 1 must end within the first 5/8 of the frame, so that a decoder can start on
+  // them once crc1 has checked.
+  const int early_budget = FirstFiveEighths(frame_bytes) * 8 - static_cast<int>(early_end);
+  if (budget < 0 || early_budget < 0 || !AllocateFrame(budget, early_budget, f)) return false;
 
   BitWriter bw(out, frame_bytes);
-  WriteFrame(&bw, cfg, *f, packer);
+  WriteFrame(&bw, cfg, *f, packer, &early_end);
+  if (early_end > static_cast<size_t>(FirstFiveEighths(frame_bytes)) * 8) return false;
   bw.PadTo(static_cast<size_t>(frame_bytes) * 8 - kTrailerBits);
   bw.Put(0, 1);   // auxdatae
   bw.Put(0, 1);   // crcrsv
@@ -86,7 +99,7 @@ bool EncodeAc3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pack
 
   // crc1 protects the first 5/8 of the frame after the sync word; crc2 the rest, so that the
   // whole frame after the sync word checks to zero (A/52 section 7.10.1).
-  const int frame58 = ((frame_bytes >> 2) + (frame_bytes >> 4)) << 1;
+  const int frame58 = FirstFiveEighths(frame_bytes);
   const uint16_t crc1 = Crc16LeadingWord(Crc16(out + 4, frame58 - 4), frame58 - 4);
   out[2] = static_cast<uint8_t>(crc1 >> 8);
   out[3] = static_cast<uint8_t>(crc1);

@@ -80,7 +80,7 @@ bool EncodeEac3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pac
   BitWriter counter;
   WriteFrame(&counter, cfg, *f, nullptr);
   const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
-  if (budget < 0 || !AllocateFrame(budget, f)) return false;
+  if (budget < 0 || !AllocateFrame(budget, budget, f)) return false;
 
   BitWriter bw(out, frame_bytes);
   WriteFrame(&bw, cfg, *f, packer);

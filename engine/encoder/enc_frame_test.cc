@@ -8,6 +8,7 @@
 #include "crc16.h"
 #include "enc_bsi.h"
 #include "enc_encoder.h"
+#include "enc_frame.h"
 #include "enc_frame_ac3.h"
 
 namespace ddpi::enc {
@@ -81,6 +82,45 @@ TEST(Frame, Eac3FramesHaveFrmsizAndCrc) {
     EXPECT_EQ(frmsiz + 1, frame / 2);
     EXPECT_EQ(Crc16(p + 2, frame - 2), 0);
   }
+}
+
+// Loud noise in blocks 0 and 1, near silence after: left alone, the allocation would spend
+// most of the frame on the first two blocks. With a limit on them the search must respect it.
+TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
+  auto f = std::make_unique<FrameData>();
+  f->acmod = 2;
+  f->nfch = f->channels = 2;
+  std::vector<float> input(2 * (kHistory + kFrameInput), 0.0f);
+  uint32_t seed = 9;
+  for (int c = 0; c < 2; ++c)
+    for (int n = 0; n < kHistory + kFrameInput; ++n) {
+      seed = seed * 1664525u + 1013904223u;
+      const float noise = static_cast<float>((seed >> 8) / 16777216.0 - 0.5);
+      input[c * (kHistory + kFrameInput) + n] = n < kHistory + 512 ? 0.8f * noise : 1e-4f * noise;
+    }
+  const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
+  bool short_blocks[kMaxChannels][kBlocks] = {};
+  const CodingPlan plan = PlanForRate(192, 2, false);
+  AnalyzeFrame(channels, short_blocks, plan, f.get());
+
+  auto early_bits = [&] {
+    int bits = 0;
+    for (int b = 0; b < 2; ++b) {
+      MantissaCounter counter;
+      for (int c = 0; c < 2; ++c) counter.Add(f->ch[c].bap[b], 0, f->ch[c].end);
+      bits += counter.Bits();
+    }
+    return bits;
+  };
+  const int budget = 4000;
+  ASSERT_TRUE(AllocateFrame(budget, budget, f.get()));
+  const int free_early = early_bits();
+  ASSERT_GT(free_early, budget / 2);  // the loud blocks take most of the frame
+  const int limit = free_early / 2;
+  f->snr_index = 0;
+  ASSERT_TRUE(AllocateFrame(budget, limit, f.get()));
+  EXPECT_LE(early_bits(), limit);
+  EXPECT_GT(early_bits(), limit * 3 / 4);  // and the search still fills what it may
 }
 
 TEST(Frame, FrameSizeCodesCoverExactlyTheTableRates) {
