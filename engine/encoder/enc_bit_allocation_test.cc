@@ -48,7 +48,7 @@ TEST(BitAllocation, MoreOffsetNeverMeansFewerBits) {
   uint8_t previous[253] = {};
   for (int t = 1; t < 1024; t += 37) {
     uint8_t bap[253];
-    ComputeBap(m, (t - 240) << 2, BitAllocParams(), bap);
+    ComputeBap(m, (t - 240) * 4, BitAllocParams(), bap);
     for (int i = 0; i < 253; ++i) ASSERT_GE(bap[i], previous[i]);
     std::copy(bap, bap + 253, previous);
   }
@@ -75,7 +75,7 @@ TEST(BitAllocation, RunSumsEqualSumsOverEveryPointer) {
     Masking m;
     ComputeMasking(exp, 0, end, static_cast<int>(rng() % 8), BitAllocParams(), &m);
     for (int t = 1; t < 1024; t += 29) {
-      const int snroffset = (t - 240) << 2;
+      const int snroffset = (t - 240) * 4;
       uint8_t bap[256];
       ComputeBap(m, snroffset, BitAllocParams(), bap);
       uint64_t expected = 0;

@@ -131,7 +131,7 @@ namespace {
 
 // Pointers of every channel and block for index t, as the decoder derives them.
 void ComputeFrameBap(FrameData* f, int t) {
-  const int snroffset = (t - 240) << 2;
+  const int snroffset = (t - 240) * 4;
   for (int b = 0; b < kBlocks; ++b)
     for (int c = 0; c < f->channels; ++c)
       ComputeBap(f->ch[c].masking[b], snroffset, f->ba, f->ch[c].bap[b]);
@@ -146,7 +146,7 @@ int MantissaBits(const FrameData* f, int t, int* early) {
     AddressWeights() { WeightsByAddress(MantissaCounter::kPackedByBap, w); }
   };
   static const AddressWeights weights;
-  const int snroffset = (t - 240) << 2;
+  const int snroffset = (t - 240) * 4;
   uint64_t cost[kMaxChannels] = {};
   int bits = 0;
   for (int b = 0; b < kBlocks; ++b) {
