@@ -2,7 +2,7 @@
 
 namespace ddpi {
 
-void BitWriter::Put(uint32_t value, int bits) {
+void BitWriter::PutSlow(uint32_t value, int bits) {
   if (bits <= 0) return;
   if (!buf_) {  // counting only
     pos_ += static_cast<size_t>(bits);

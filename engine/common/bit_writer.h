@@ -16,7 +16,22 @@ class BitWriter {
   BitWriter() : buf_(nullptr), size_(0) {}
 
   // Appends the low `bits` bits of `value` (0 <= bits <= 32).
-  void Put(uint32_t value, int bits);
+  void Put(uint32_t value, int bits) {
+    // Fields of up to 24 bits span at most four bytes from the current one: written at once.
+    if (buf_ && bits > 0 && bits <= 24 && pos_ + static_cast<size_t>(bits) <= size_ * 8) {
+      const size_t byte = pos_ >> 3;
+      const int used = static_cast<int>(pos_ & 7);
+      const int total = used + bits;
+      const uint32_t v = (value & ((1u << bits) - 1)) << (32 - total);
+      buf_[byte] = static_cast<uint8_t>((buf_[byte] & (0xff00u >> used)) | (v >> 24));
+      if (total > 8) buf_[byte + 1] = static_cast<uint8_t>(v >> 16);
+      if (total > 16) buf_[byte + 2] = static_cast<uint8_t>(v >> 8);
+      if (total > 24) buf_[byte + 3] = static_cast<uint8_t>(v);
+      pos_ += static_cast<size_t>(bits);
+      return;
+    }
+    PutSlow(value, bits);
+  }
   // Appends zero bits up to absolute bit position `bit_position`.
   void PadTo(size_t bit_position);
 
@@ -24,6 +39,8 @@ class BitWriter {
   bool overflowed() const { return overflow_; }
 
  private:
+  void PutSlow(uint32_t value, int bits);
+
   uint8_t* buf_;
   size_t size_;
   size_t pos_ = 0;  // bits written

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+#include <vector>
+
 namespace ddpi {
 namespace {
 
@@ -36,6 +40,26 @@ TEST(BitWriter, CountingWriterOnlyCounts) {
   counter.Put(0xffffffff, 32);
   EXPECT_EQ(counter.position(), 39u);
   EXPECT_FALSE(counter.overflowed());
+}
+
+// Random fields of every width against a bit-by-bit model, into a buffer that starts dirty:
+// the whole-field path and the bytewise path must both write exactly these bits.
+TEST(BitWriter, MatchesABitByBitModel) {
+  std::mt19937 rng(11);
+  uint8_t buf[512];
+  std::fill(buf, buf + sizeof buf, 0xa5);
+  std::vector<int> model;
+  BitWriter bw(buf, sizeof buf);
+  while (true) {
+    const int bits = 1 + static_cast<int>(rng() % 32);
+    if (model.size() + bits > 8 * sizeof buf) break;
+    const uint32_t value = rng();
+    bw.Put(value, bits);
+    for (int i = bits - 1; i >= 0; --i) model.push_back((value >> i) & 1);
+  }
+  ASSERT_EQ(bw.position(), model.size());
+  for (size_t i = 0; i < model.size(); ++i)
+    ASSERT_EQ((buf[i >> 3] >> (7 - (i & 7))) & 1, model[i]) << "bit " << i;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace ddpi::enc {
 namespace {
@@ -146,28 +147,43 @@ double DrcAnalyzer::ReleaseMs(int profile) {
 }
 
 // Summed mean-square power of the channels over one block.
+// Both sums below run over four independent accumulators: a single running sum would make
+// every sample wait for the previous addition.
 double DrcAnalyzer::BlockPower(const float* const* channels, int channel_count, int offset) {
+  static_assert(kBlockSamples % 4 == 0, "four lanes");
   double power = 0;
   for (int c = 0; c < channel_count; ++c) {
     const float* x = channels[c] + offset;
-    double sum = 0;
-    for (int i = 0; i < kBlockSamples; ++i) {
-      if (std::isfinite(x[i])) sum += static_cast<double>(x[i]) * x[i];
+    double lanes[4] = {};
+    for (int i = 0; i < kBlockSamples; i += 4) {
+      for (int k = 0; k < 4; ++k) {
+        const double v = x[i + k];
+        const double square = v * v;
+        // Non-finite samples (and squares) are left out.
+        lanes[k] += square <= std::numeric_limits<double>::max() ? square : 0.0;
+      }
     }
-    power += sum / kBlockSamples;
+    power += (lanes[0] + lanes[1] + lanes[2] + lanes[3]) / kBlockSamples;
   }
   return power;
 }
 
+// A non-finite sample counts as full scale.
 double DrcAnalyzer::BlockPeak(const float* const* channels, int channel_count, int offset) {
-  double peak = 0;
+  static_assert(kBlockSamples % 8 == 0, "eight lanes");
+  float lanes[8] = {};
   for (int c = 0; c < channel_count; ++c) {
     const float* x = channels[c] + offset;
-    for (int i = 0; i < kBlockSamples; ++i) {
-      const double magnitude = std::fabs(static_cast<double>(x[i]));
-      if (magnitude > peak) peak = std::isfinite(magnitude) ? magnitude : 1.0;
+    for (int i = 0; i < kBlockSamples; i += 8) {
+      for (int k = 0; k < 8; ++k) {
+        float magnitude = std::fabs(x[i + k]);
+        if (!(magnitude <= std::numeric_limits<float>::max())) magnitude = 1.0f;
+        lanes[k] = std::max(lanes[k], magnitude);
+      }
     }
   }
+  float peak = 0;
+  for (float lane : lanes) peak = std::max(peak, lane);
   return peak;
 }
 

@@ -213,7 +213,8 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, FrameData* f) {
     ChannelFrame& ch = f->ch[c];
     for (int b = 0; b < kBlocks; ++b)
       for (int i = 0; i < ch.end; ++i)
-        ch.mant[b][i] = static_cast<int16_t>(QuantizeMantissa(ch.coef[b][i], ch.exp[b][i], ch.bap[b][i]));
+        ch.mant[b][i] = ch.bap[b][i] == 0 ? 0
+                        : static_cast<int16_t>(QuantizeMantissa(ch.coef[b][i], ch.exp[b][i], ch.bap[b][i]));
   }
   return true;
 }
@@ -231,15 +232,11 @@ void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block) {
 
 void WriteMantissas(BitWriter* bw, FrameData& f, int block, MantissaPacker* packer) {
   packer->Begin();
-  for (int c = 0; c < f.channels; ++c) {
-    const ChannelFrame& ch = f.ch[c];
-    for (int i = 0; i < ch.end; ++i) packer->Add(ch.bap[block][i], ch.mant[block][i]);
-  }
+  for (int c = 0; c < f.channels; ++c)
+    packer->AddChannel(f.ch[c].bap[block], f.ch[c].mant[block], f.ch[c].end);
   packer->StartWriting();
-  for (int c = 0; c < f.channels; ++c) {
-    const ChannelFrame& ch = f.ch[c];
-    for (int i = 0; i < ch.end; ++i) packer->Write(bw, ch.bap[block][i], ch.mant[block][i]);
-  }
+  for (int c = 0; c < f.channels; ++c)
+    packer->WriteChannel(bw, f.ch[c].bap[block], f.ch[c].mant[block], f.ch[c].end);
 }
 
 }  // namespace ddpi::enc

@@ -135,4 +135,15 @@ void MantissaPacker::Write(BitWriter* bw, int bap, int code) {
   ++cursor_[kind];
 }
 
+void MantissaPacker::AddChannel(const uint8_t* bap, const int16_t* code, int end) {
+  for (int i = 0; i < end; ++i)
+    if (bap[i] != 0) Add(bap[i], code[i]);
+}
+
+void MantissaPacker::WriteChannel(BitWriter* bw, const uint8_t* bap, const int16_t* code,
+                                  int end) {
+  for (int i = 0; i < end; ++i)
+    if (bap[i] != 0) Write(bw, bap[i], code[i]);
+}
+
 }  // namespace ddpi::enc

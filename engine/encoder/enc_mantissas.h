@@ -45,6 +45,9 @@ class MantissaPacker {
   // Second pass: write them in the same order.
   void StartWriting();
   void Write(BitWriter* bw, int bap, int code);
+  // Add and Write over one channel's bins [0, end).
+  void AddChannel(const uint8_t* bap, const int16_t* code, int end);
+  void WriteChannel(BitWriter* bw, const uint8_t* bap, const int16_t* code, int end);
 
  private:
   static constexpr int kMaxGroups = 6 * 256 / 2 + 2;

@@ -51,6 +51,7 @@ const Window& TheWindow() {
 template <int M>
 struct DctIv {
   static constexpr int kHalf = M / 2;
+  static_assert(kHalf >= 8, "the first two stages run as one radix-4 pass");
   float pre_re[kHalf], pre_im[kHalf];
   float post_re[kHalf], post_im[kHalf];
   // Twiddles of the stage joining halves of h points start at index h: exp(-i pi j / h).
@@ -81,14 +82,18 @@ struct DctIv {
 
   // In-place FFT of data already in bit-reversed order.
   void Fft(float* re, float* im) const {
-    for (int start = 0; start < kHalf; start += 2) {  // first stage: twiddle 1
-      const float tr = re[start + 1], ti = im[start + 1];
-      re[start + 1] = re[start] - tr;
-      im[start + 1] = im[start] - ti;
-      re[start] += tr;
-      im[start] += ti;
+    // The first two stages together: their twiddles are 1 and -i, no multiplications.
+    for (int s = 0; s < kHalf; s += 4) {
+      const float b0r = re[s] + re[s + 1], b0i = im[s] + im[s + 1];
+      const float b1r = re[s] - re[s + 1], b1i = im[s] - im[s + 1];
+      const float b2r = re[s + 2] + re[s + 3], b2i = im[s + 2] + im[s + 3];
+      const float b3r = re[s + 2] - re[s + 3], b3i = im[s + 2] - im[s + 3];
+      re[s] = b0r + b2r, im[s] = b0i + b2i;
+      re[s + 2] = b0r - b2r, im[s + 2] = b0i - b2i;
+      re[s + 1] = b1r + b3i, im[s + 1] = b1i - b3r;  // b1 + (-i) b3
+      re[s + 3] = b1r - b3i, im[s + 3] = b1i + b3r;  // b1 - (-i) b3
     }
-    for (int h = 2; h < kHalf; h <<= 1) {
+    for (int h = 4; h < kHalf; h <<= 1) {
       const float* wr = tw_re + h;
       const float* wi = tw_im + h;
       for (int start = 0; start < kHalf; start += 2 * h) {
@@ -142,10 +147,20 @@ void MdctStandard(const float* x, float scale, float* out) {
 const float* KbdWindow() { return TheWindow().w; }
 
 void MdctLong(const float* in512, float* out256) {
+  // Window and fold in one pass (see MdctStandard, M = 256).
+  constexpr int M = 256;
+  static const DctIv<M> dct;
   const float* w = KbdWindow();
-  float x[512];
-  for (int n = 0; n < 512; ++n) x[n] = in512[n] * w[n];
-  MdctStandard<512>(x, -2.0f / 512, out256);
+  float u[M];
+  for (int m = 0; m < M / 2; ++m) {
+    const int a = 3 * M / 2 - 1 - m, b = 3 * M / 2 + m;
+    u[m] = -in512[a] * w[a] - in512[b] * w[b];
+  }
+  for (int m = M / 2; m < M; ++m) {
+    const int a = m - M / 2, b = 3 * M / 2 - 1 - m;
+    u[m] = in512[a] * w[a] - in512[b] * w[b];
+  }
+  dct.Run(u, -2.0f / 512, out256);
 }
 
 void MdctShort(const float* in512, float* out256) {

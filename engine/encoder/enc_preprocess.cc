@@ -62,42 +62,71 @@ void Biquad::RunResidual(float* samples, int n) {
   s2 = z2;
 }
 
-// Biquad::RunResidual over several planes at once. Each section's recursion waits on its own
-// previous output; running the planes side by side lets those waits overlap.
-void RunResidualInterleaved(Biquad* const* sections, float* const* planes, int count, int n) {
-  constexpr int kWidth = 4;
-  for (int first = 0; first < count; first += kWidth) {
-    const int width = count - first < kWidth ? count - first : kWidth;
-    if (width < kWidth) {
-      for (int k = 0; k < width; ++k) {
-        sections[first + k]->RunResidual(planes[first + k], n);
-        sections[first + k]->Sanitize();
-      }
-      continue;
-    }
-    double z1[kWidth], z2[kWidth], b0[kWidth], b1[kWidth], b2[kWidth], a1[kWidth], a2[kWidth];
-    float* p[kWidth];
-    for (int k = 0; k < kWidth; ++k) {
-      const Biquad& q = *sections[first + k];
-      z1[k] = q.s1, z2[k] = q.s2;
-      b0[k] = q.b0, b1[k] = q.b1, b2[k] = q.b2, a1[k] = q.a1, a2[k] = q.a2;
-      p[k] = planes[first + k];
-    }
-    for (int i = 0; i < n; ++i) {
-      for (int k = 0; k < kWidth; ++k) {
-        const double x = p[k][i];
-        const double y = b0[k] * x + z1[k];
-        z1[k] = b1[k] * x - a1[k] * y + z2[k];
-        z2[k] = b2[k] * x - a2[k] * y;
-        p[k][i] = static_cast<float>(x - y);
-      }
-    }
-    for (int k = 0; k < kWidth; ++k) {
-      sections[first + k]->s1 = z1[k];
-      sections[first + k]->s2 = z2[k];
-      sections[first + k]->Sanitize();
+namespace {
+
+// Biquad::RunResidual of W sections side by side. Each section's recursion waits on its own
+// previous output; running the planes together lets those waits overlap.
+template <int W>
+void RunResidualLanes(Biquad* const* sections, float* const* planes, int n) {
+  double z1[W], z2[W], b0[W], b1[W], b2[W], a1[W], a2[W];
+  float* p[W];
+  for (int k = 0; k < W; ++k) {
+    const Biquad& q = *sections[k];
+    z1[k] = q.s1, z2[k] = q.s2;
+    b0[k] = q.b0, b1[k] = q.b1, b2[k] = q.b2, a1[k] = q.a1, a2[k] = q.a2;
+    p[k] = planes[k];
+  }
+  for (int i = 0; i < n; ++i) {
+    for (int k = 0; k < W; ++k) {
+      const double x = p[k][i];
+      const double y = b0[k] * x + z1[k];
+      z1[k] = b1[k] * x - a1[k] * y + z2[k];
+      z2[k] = b2[k] * x - a2[k] * y;
+      p[k][i] = static_cast<float>(x - y);
     }
   }
+  for (int k = 0; k < W; ++k) {
+    sections[k]->s1 = z1[k];
+    sections[k]->s2 = z2[k];
+    sections[k]->Sanitize();
+  }
+}
+
+}  // namespace
+
+void RunResidualInterleaved(Biquad* const* sections, float* const* planes, int count, int n) {
+  constexpr int kWidth = 6;
+  for (int first = 0; first < count; first += kWidth) {
+    Biquad* const* s = sections + first;
+    float* const* p = planes + first;
+    switch (count - first < kWidth ? count - first : kWidth) {
+      case 1: RunResidualLanes<1>(s, p, n); break;
+      case 2: RunResidualLanes<2>(s, p, n); break;
+      case 3: RunResidualLanes<3>(s, p, n); break;
+      case 4: RunResidualLanes<4>(s, p, n); break;
+      case 5: RunResidualLanes<5>(s, p, n); break;
+      default: RunResidualLanes<6>(s, p, n); break;
+    }
+  }
+}
+
+void RunCascade(Biquad* first, Biquad* second, float* samples, int n) {
+  double u1 = first->s1, u2 = first->s2, v1 = second->s1, v2 = second->s2;
+  const Biquad f = *first, g = *second;
+  for (int i = 0; i < n; ++i) {
+    const double x = samples[i];
+    const double y = f.b0 * x + u1;
+    u1 = f.b1 * x - f.a1 * y + u2;
+    u2 = f.b2 * x - f.a2 * y;
+    const double between = static_cast<float>(y);  // as if stored between two passes
+    const double z = g.b0 * between + v1;
+    v1 = g.b1 * between - g.a1 * z + v2;
+    v2 = g.b2 * between - g.a2 * z;
+    samples[i] = static_cast<float>(z);
+  }
+  first->s1 = u1, first->s2 = u2, second->s1 = v1, second->s2 = v2;
+  first->Sanitize();
+  second->Sanitize();
 }
 
 void Biquad::Sanitize() {
@@ -181,12 +210,8 @@ void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kS
     float* samples = slots[slot] + offset;
     const bool surround = slot == kLeftSurroundSlot || slot == kRightSurroundSlot;
 
-    if (slot == kLfeSlot && settings_.lfe_lowpass) {
-      for (Biquad& section : lfe_filter_) {
-        section.Run(samples, n);
-        section.Sanitize();
-      }
-    }
+    if (slot == kLfeSlot && settings_.lfe_lowpass)
+      RunCascade(&lfe_filter_[0], &lfe_filter_[1], samples, n);
 
     DelayOrShift(slot, samples, n, surround && settings_.phase_shift_90);
 
