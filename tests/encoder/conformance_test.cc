@@ -76,12 +76,12 @@ std::string CaseName(const testing::TestParamInfo<Case>& info) {
 double SnrFloorDb(int kbps, int acmod) {
   static const int kFbw[8] = {2, 1, 2, 3, 3, 4, 4, 5};
   const double per_channel = static_cast<double>(kbps) / kFbw[acmod];
-  if (per_channel >= 250) return 45;  // [47.4] mono 256
-  if (per_channel >= 150) return 43;  // [45.9] 3/1 640
-  if (per_channel >= 100) return 29;  // [32.3] mono 144
-  if (per_channel >= 60) return 30;   // [32.9] 3/2 384
-  if (per_channel >= 36) return 19;   // [21.3] 3/0 128
-  return 9;                           // [11.6] mono 32; 2/0 64 gives 21.6
+  if (per_channel >= 250) return 45;  // [47.2] mono 256
+  if (per_channel >= 150) return 47;  // [49.7] 3/1 640
+  if (per_channel >= 100) return 30;  // [32.5] mono 144
+  if (per_channel >= 60) return 33;   // [36.0] 3/2 384
+  if (per_channel >= 36) return 21;   // [24.1] 3/0 128
+  return 10;                          // [12.1] mono 32; 2/0 64 gives 26.6
 }
 
 class Conformance : public testing::TestWithParam<Case> {};
