@@ -181,6 +181,21 @@ void Preprocessor::DesignHilbert() {
     const int m = 2 * j + 1;
     hilbert_[j] = static_cast<float>(2.0 / (kPi * m) * Kaiser(m, kDelaySamples + 1, kKaiserBeta));
   }
+  // Output i = sum_k window[i + k] g[k] with g[delay - m] = tap, g[delay + m] = -tap: the
+  // direct form below as a correlation, whose transform is W conj(G).
+  std::memset(fft_re_, 0, sizeof fft_re_);
+  std::memset(fft_im_, 0, sizeof fft_im_);
+  for (int j = 0; j < kHalfTaps; ++j) {
+    const int m = 2 * j + 1;
+    fft_re_[kDelaySamples - m] = hilbert_[j];
+    fft_re_[kDelaySamples + m] = -hilbert_[j];
+  }
+  FftForwardToBitReversed(fft_re_, fft_im_);
+  constexpr float kScale = 1.0f / kConvolutionFftSize;
+  for (int k = 0; k < kConvolutionFftSize; ++k) {
+    hilbert_re_[k] = fft_re_[k] * kScale;
+    hilbert_im_[k] = -fft_im_[k] * kScale;
+  }
 }
 
 void Preprocessor::Process(float* const slots[kSlots], const bool active[kSlots], int n) {
@@ -205,10 +220,18 @@ void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kS
   }
   RunResidualInterleaved(sections, planes, count, n);
 
+  auto plane = [&](int slot) {
+    return active[slot] && slots[slot] != nullptr ? slots[slot] + offset : nullptr;
+  };
+  float* const left = plane(kLeftSurroundSlot);
+  float* const right = plane(kRightSurroundSlot);
+  const bool pair_fft = settings_.phase_shift_90 && n >= kFftMinimum && left && right;
+
   for (int slot = 0; slot < kSlots; ++slot) {
     if (!active[slot] || slots[slot] == nullptr) continue;
     float* samples = slots[slot] + offset;
     const bool surround = slot == kLeftSurroundSlot || slot == kRightSurroundSlot;
+    if (surround && pair_fft) continue;  // below, both at once
 
     if (slot == kLfeSlot && settings_.lfe_lowpass)
       RunCascade(&lfe_filter_[0], &lfe_filter_[1], samples, n);
@@ -219,6 +242,48 @@ void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kS
       for (int i = 0; i < n; ++i) samples[i] *= kSurroundAttenuation;
     }
   }
+  if (pair_fft) {
+    ShiftPairFft(left, right, n);
+    if (settings_.surround_attenuation_3db) {
+      for (int i = 0; i < n; ++i) left[i] *= kSurroundAttenuation;
+      for (int i = 0; i < n; ++i) right[i] *= kSurroundAttenuation;
+    }
+  }
+}
+
+void Preprocessor::KeepHistory(int slot, const float* samples, int n) {
+  float* h = history_[slot];
+  if (n >= kHistory) {
+    std::memcpy(h, samples + n - kHistory, sizeof(float) * kHistory);
+  } else {
+    std::memmove(h, h + n, sizeof(float) * (kHistory - n));
+    std::memcpy(h + kHistory - n, samples, sizeof(float) * n);
+  }
+}
+
+void Preprocessor::ShiftPairFft(float* left, float* right, int n) {
+  static_assert(kHistory + kChunk <= kConvolutionFftSize, "one transform holds a whole window");
+  float* re = fft_re_;
+  float* im = fft_im_;
+  std::memcpy(re, history_[kLeftSurroundSlot], sizeof(float) * kHistory);
+  std::memcpy(re + kHistory, left, sizeof(float) * n);
+  std::memset(re + kHistory + n, 0, sizeof(float) * (kConvolutionFftSize - kHistory - n));
+  std::memcpy(im, history_[kRightSurroundSlot], sizeof(float) * kHistory);
+  std::memcpy(im + kHistory, right, sizeof(float) * n);
+  std::memset(im + kHistory + n, 0, sizeof(float) * (kConvolutionFftSize - kHistory - n));
+  KeepHistory(kLeftSurroundSlot, left, n);
+  KeepHistory(kRightSurroundSlot, right, n);
+
+  FftForwardToBitReversed(re, im);
+  for (int k = 0; k < kConvolutionFftSize; ++k) {
+    const float xr = re[k], xi = im[k];
+    re[k] = xr * hilbert_re_[k] - xi * hilbert_im_[k];
+    im[k] = xr * hilbert_im_[k] + xi * hilbert_re_[k];
+  }
+  FftInverseFromBitReversed(re, im);
+  // Outputs 0..n-1 reach at most window index n - 1 + 2 * delay: no circular wrap.
+  std::memcpy(left, re, sizeof(float) * n);
+  std::memcpy(right, im, sizeof(float) * n);
 }
 
 // Writes the slot's input delayed by kDelaySamples, or its Hilbert transform centred on that

@@ -11,6 +11,8 @@
 #ifndef DDPI_ENGINE_ENCODER_ENC_PREPROCESS_H
 #define DDPI_ENGINE_ENCODER_ENC_PREPROCESS_H
 
+#include "enc_fft.h"
+
 namespace ddpi::enc {
 
 struct PreprocessSettings {
@@ -63,6 +65,11 @@ class Preprocessor {
   static constexpr double kLfeCutoffHz = 120.0;
   static constexpr float kSurroundAttenuation = 0.70794578f;  // -3 dB
 
+  // Runs at least this long shift the surround pair by fast convolution (ShiftPairFft); shorter
+  // ones, and a slot whose partner is inactive, take the direct FIR (DelayOrShift). Both give
+  // the same output to float rounding.
+  static constexpr int kFftMinimum = 256;
+
   // Clears all history (delay lines and filter states) and takes the new settings.
   void Reset(const PreprocessSettings& settings);
 
@@ -79,6 +86,10 @@ class Preprocessor {
 
   void ProcessChunk(float* const slots[kSlots], const bool active[kSlots], int offset, int n);
   void DelayOrShift(int slot, float* samples, int n, bool shift);
+  // The phase shift of both surround slots at once by overlap-save: Ls as the real and Rs as
+  // the imaginary part of one complex transform (the FIR is real). A null plane is inactive.
+  void ShiftPairFft(float* left, float* right, int n);
+  void KeepHistory(int slot, const float* samples, int n);
   void DesignHilbert();
   static void DesignDcLowpass(Biquad* section);
   static void DesignLfeLowpass(Biquad sections[2]);
@@ -88,6 +99,12 @@ class Preprocessor {
   Biquad lfe_filter_[2];
   // Hilbert taps for odd offsets 1, 3, 5, ... from the centre (the even ones are zero).
   float hilbert_[kHalfTaps];
+  // Conjugate spectrum of the FIR laid out for correlation with the window (history then
+  // chunk), in the forward transform's bit-reversed order, scaled by 1/N for the inverse.
+  float hilbert_re_[kConvolutionFftSize];
+  float hilbert_im_[kConvolutionFftSize];
+  float fft_re_[kConvolutionFftSize];
+  float fft_im_[kConvolutionFftSize];
   // Last kHistory input samples of each slot, oldest first.
   float history_[kSlots][kHistory];
   // History followed by the current chunk: the window the FIR and the delay line read from.

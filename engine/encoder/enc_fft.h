@@ -1,0 +1,19 @@
+// Complex FFT of 4096 points over split real and imaginary arrays, for fast convolution. The
+// forward transform takes natural order and leaves bit-reversed order (decimation in
+// frequency); the inverse takes bit-reversed order and gives natural order (decimation in
+// time). A pointwise product of two forward transforms therefore needs no reordering.
+#ifndef DDPI_ENGINE_ENCODER_ENC_FFT_H
+#define DDPI_ENGINE_ENCODER_ENC_FFT_H
+
+namespace ddpi::enc {
+
+constexpr int kConvolutionFftSize = 4096;
+
+// X[k] = sum_n x[n] exp(-2 pi i n k / N), left at index bitreverse(k).
+void FftForwardToBitReversed(float* re, float* im);
+// x[n] = sum_k X[k] exp(+2 pi i n k / N) from X[k] at index bitreverse(k); unscaled (N x).
+void FftInverseFromBitReversed(float* re, float* im);
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_FFT_H
