@@ -17,9 +17,7 @@ namespace {
 void PrintUsage() {
   std::printf(
       "usage: ddhost [--library PATH] [--engine PATH] <command> [arguments...]\n\n"
-      "  --help                 this text\n"
-      "  --list                 the console commands the library registered, with their help\n"
-      "  --selftest [FILTER]    run the library's registered self-checks\n");
+      "  --help                 this text\n");
   for (const ddhost::Tool& t : ddhost::Tools()) std::printf("  %-22s %s\n", t.synopsis, t.summary);
   std::printf("  <console command> ...  run a registered console command, e.g.\n"
               "                         dolbydigital.Encode -cfg=my.json -in=in.wav -out=out.ec3\n");
