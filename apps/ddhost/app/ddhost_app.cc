@@ -18,7 +18,12 @@ void PrintUsage() {
   std::printf(
       "usage: ddhost [--library PATH] [--engine PATH] <command> [arguments...]\n\n"
       "  --help                 this text\n");
-  for (const ddhost::Tool& t : ddhost::Tools()) std::printf("  %-22s %s\n", t.synopsis, t.summary);
+  for (const ddhost::Tool& t : ddhost::Tools()) {
+    if (std::strlen(t.synopsis) <= 22)
+      std::printf("  %-22s %s\n", t.synopsis, t.summary);
+    else
+      std::printf("  %s\n  %-22s %s\n", t.synopsis, "", t.summary);
+  }
   std::printf("  <console command> ...  run a registered console command, e.g.\n"
               "                         dolbydigital.Encode -cfg=my.json -in=in.wav -out=out.ec3\n");
 }
