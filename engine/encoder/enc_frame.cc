@@ -129,34 +129,41 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
 
 namespace {
 
-// Pointers of every channel and block for index t, as the decoder derives them.
-void ComputeFrameBap(FrameData* f, int t) {
-  const int snroffset = (t - 240) * 4;
-  for (int b = 0; b < kBlocks; ++b)
-    for (int c = 0; c < f->channels; ++c)
+// Pointers of every channel and block for the channels' indices t[c], as the decoder
+// derives them.
+void ComputeFrameBap(FrameData* f, const int* t) {
+  for (int c = 0; c < f->channels; ++c) {
+    const int snroffset = (t[c] - 240) * 4;
+    for (int b = 0; b < kBlocks; ++b)
       ComputeBap(f->ch[c].masking[b], snroffset, f->ba, f->ch[c].bap[b]);
+  }
 }
 
-// Mantissa bits of the frame for index t, and of blocks 0 and 1 in *early. A block that
-// reuses its channel's exponents has the same masking, hence the same cost, as the block
+// Mantissa counts of channel c in each block for index t, packed (MantissaCounter). A block
+// that reuses its channel's exponents has the same masking, hence the same cost, as the block
 // that sent them.
-int MantissaBits(const FrameData* f, int t, int* early) {
+void ChannelCosts(const FrameData* f, int c, int t, uint64_t cost[kBlocks]) {
   struct AddressWeights {
     uint64_t w[64];
     AddressWeights() { WeightsByAddress(MantissaCounter::kPackedByBap, w); }
   };
   static const AddressWeights weights;
   const int snroffset = (t - 240) * 4;
-  uint64_t cost[kMaxChannels] = {};
+  const ChannelFrame& ch = f->ch[c];
+  for (int b = 0; b < kBlocks; ++b) {
+    cost[b] = b == 0 || ch.strategy[b] != kExpReuse
+                  ? SumBapWeights(ch.masking[b], snroffset, f->ba, weights.w)
+                  : cost[b - 1];
+  }
+}
+
+// Mantissa bits of the frame, and of blocks 0 and 1 in *early, from every channel's costs
+// (groups of grouped mantissas form per block across channels).
+int FrameBits(const uint64_t cost[][kBlocks], int channels, int* early) {
   int bits = 0;
   for (int b = 0; b < kBlocks; ++b) {
     uint64_t block = 0;
-    for (int c = 0; c < f->channels; ++c) {
-      const ChannelFrame& ch = f->ch[c];
-      if (b == 0 || ch.strategy[b] != kExpReuse)
-        cost[c] = SumBapWeights(ch.masking[b], snroffset, f->ba, weights.w);
-      block += cost[c];
-    }
+    for (int c = 0; c < channels; ++c) block += cost[c][b];
     bits += MantissaCounter::PackedBits(block);
     if (b == 1) *early = bits;
   }
@@ -165,15 +172,21 @@ int MantissaBits(const FrameData* f, int t, int* early) {
 
 }  // namespace
 
-bool AllocateFrame(int budget_bits, int early_budget_bits, FrameData* f) {
+bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine,
+                   FrameData* f) {
   // t = csnroffst * 16 + fsnroffst; the offset grows with t. t = 0 would tell the decoder
   // that no mantissas follow, so the search starts at 1. Neighbouring frames need similar
   // offsets: the search brackets the answer from the previous frame's outwards with growing
   // steps, then halves the bracket.
   constexpr int kLowest = 1, kHighest = 63 * 16 + 15;
-  auto fits = [&](int t) {
+  uint64_t cost[kMaxChannels][kBlocks];
+  auto fits_costs = [&] {
     int early = 0;
-    return MantissaBits(f, t, &early) <= budget_bits && early <= early_budget_bits;
+    return FrameBits(cost, f->channels, &early) <= budget_bits && early <= early_budget_bits;
+  };
+  auto fits = [&](int t) {
+    for (int c = 0; c < f->channels; ++c) ChannelCosts(f, c, t, cost[c]);
+    return fits_costs();
   };
   const int start = f->snr_index > 0 ? f->snr_index : 512;
   int lo, hi;  // fits(lo); nothing above hi fits
@@ -205,10 +218,33 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, FrameData* f) {
     if (fits(mid)) lo = mid;
     else hi = mid - 1;
   }
-  ComputeFrameBap(f, lo);
   f->snr_index = lo;
+
+  // What one common step leaves over goes to single channels: their fine offsets rise in
+  // turn, the coarse one staying shared, while the frame still fits.
+  int t[kMaxChannels];
+  fits(lo);
+  for (int c = 0; c < f->channels; ++c) t[c] = lo;
+  const int ceiling = (lo | 15);
+  for (bool raised = per_channel_fine; raised;) {
+    raised = false;
+    for (int c = 0; c < f->channels; ++c) {
+      if (t[c] >= ceiling) continue;
+      uint64_t kept[kBlocks];
+      std::copy(cost[c], cost[c] + kBlocks, kept);
+      ChannelCosts(f, c, t[c] + 1, cost[c]);
+      if (fits_costs()) {
+        ++t[c];
+        raised = true;
+      } else {
+        std::copy(kept, kept + kBlocks, cost[c]);
+      }
+    }
+  }
+
+  ComputeFrameBap(f, t);
   f->csnroffst = lo >> 4;
-  f->fsnroffst = lo & 15;
+  for (int c = 0; c < f->channels; ++c) f->fsnroffst[c] = t[c] & 15;
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     for (int b = 0; b < kBlocks; ++b)

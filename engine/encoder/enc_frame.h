@@ -42,7 +42,7 @@ struct FrameData {
   ChannelFrame ch[kMaxChannels];
   uint8_t rematflg[kBlocks][kRematrixBands] = {};
   int csnroffst = 15;
-  int fsnroffst = 0;
+  int fsnroffst[kMaxChannels] = {};  // fine offset of each channel (LFE last)
   int snr_index = 0;  // csnroffst * 16 + fsnroffst of the previous frame, 0 before the first
   int fgaincod = 4;
   BitAllocParams ba;
@@ -66,8 +66,11 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
                   const CodingPlan& plan, FrameData* frame);
 
 // Largest SNR offset whose mantissas fit `budget_bits`, those of blocks 0 and 1 also fitting
-// `early_budget_bits`; fills bap and mant. Returns false if not even the smallest offset fits.
-bool AllocateFrame(int budget_bits, int early_budget_bits, FrameData* frame);
+// `early_budget_bits`; with `per_channel_fine`, the bits left over then raise single
+// channels' fine offsets. Fills the offsets, bap and mant. Returns false if not even the
+// smallest offset fits.
+bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine,
+                   FrameData* frame);
 
 // Shared pieces of the block syntax.
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);

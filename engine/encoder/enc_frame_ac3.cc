@@ -42,7 +42,7 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   if (blk == 0) {
     bw->Put(f.csnroffst, 6);
     for (int c = 0; c < f.channels; ++c) {
-      bw->Put(f.fsnroffst, 4);
+      bw->Put(f.fsnroffst[c], 4);
       bw->Put(f.fgaincod, 3);
     }
   }
@@ -86,7 +86,7 @@ bool EncodeAc3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pack
   // Blocks 0 and 1 must end within the first 5/8 of the frame, so that a decoder can start on
   // them once crc1 has checked.
   const int early_budget = FirstFiveEighths(frame_bytes) * 8 - static_cast<int>(early_end);
-  if (budget < 0 || early_budget < 0 || !AllocateFrame(budget, early_budget, f)) return false;
+  if (budget < 0 || early_budget < 0 || !AllocateFrame(budget, early_budget, true, f)) return false;
 
   BitWriter bw(out, frame_bytes);
   WriteFrame(&bw, cfg, *f, packer, &early_end);

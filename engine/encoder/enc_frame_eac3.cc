@@ -36,7 +36,7 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
   // index 0 of Table E2.10 for every channel, meaningful only to a converter to AC-3.
   for (int c = 0; c < f.nfch; ++c) bw->Put(0, 5);  // convexpstr
   bw->Put(f.csnroffst, 6);  // frmcsnroffst
-  bw->Put(f.fsnroffst, 4);  // frmfsnroffst
+  bw->Put(f.fsnroffst[0], 4);  // frmfsnroffst: every channel's (AllocateFrame keeps them equal)
   bw->Put(0, 1);  // blkstrtinfoe
 }
 
@@ -80,7 +80,7 @@ bool EncodeEac3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pac
   BitWriter counter;
   WriteFrame(&counter, cfg, *f, nullptr);
   const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
-  if (budget < 0 || !AllocateFrame(budget, budget, f)) return false;
+  if (budget < 0 || !AllocateFrame(budget, budget, false, f)) return false;
 
   BitWriter bw(out, frame_bytes);
   WriteFrame(&bw, cfg, *f, packer);

@@ -113,14 +113,54 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
     return bits;
   };
   const int budget = 4000;
-  ASSERT_TRUE(AllocateFrame(budget, budget, f.get()));
+  ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
   const int free_early = early_bits();
   ASSERT_GT(free_early, budget / 2);  // the loud blocks take most of the frame
   const int limit = free_early / 2;
   f->snr_index = 0;
-  ASSERT_TRUE(AllocateFrame(budget, limit, f.get()));
+  ASSERT_TRUE(AllocateFrame(budget, limit, true, f.get()));
   EXPECT_LE(early_bits(), limit);
   EXPECT_GT(early_bits(), limit * 3 / 4);  // and the search still fills what it may
+}
+
+// What a common offset step leaves over goes to single channels' fine offsets: more of the
+// budget is used, never more than the budget.
+TEST(Frame, PerChannelFineOffsetsFillTheFrame) {
+  auto f = std::make_unique<FrameData>();
+  f->acmod = 7;
+  f->nfch = f->channels = 5;
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(5 * kLength);
+  uint32_t seed = 4;
+  for (int c = 0; c < 5; ++c)
+    for (int n = 0; n < kLength; ++n) {
+      seed = seed * 1664525u + 1013904223u;
+      input[c * kLength + n] = static_cast<float>(
+          (0.05 + 0.1 * c) * ((seed >> 8) / 16777216.0 - 0.5) + 0.3 * std::sin(0.01 * (c + 1) * n));
+    }
+  const float* channels[5];
+  for (int c = 0; c < 5; ++c) channels[c] = &input[c * kLength];
+  bool short_blocks[kMaxChannels][kBlocks] = {};
+  AnalyzeFrame(channels, short_blocks, PlanForRate(448, 7, false), f.get());
+
+  auto used_bits = [&] {
+    int bits = 0;
+    for (int b = 0; b < kBlocks; ++b) {
+      MantissaCounter counter;
+      for (int c = 0; c < 5; ++c) counter.Add(f->ch[c].bap[b], 0, f->ch[c].end);
+      bits += counter.Bits();
+    }
+    return bits;
+  };
+  const int budget = 11000;
+  ASSERT_TRUE(AllocateFrame(budget, budget, false, f.get()));
+  const int common = used_bits();
+  for (int c = 1; c < 5; ++c) EXPECT_EQ(f->fsnroffst[c], f->fsnroffst[0]);
+  f->snr_index = 0;
+  ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
+  const int filled = used_bits();
+  EXPECT_LE(filled, budget);
+  EXPECT_GT(filled, common);
 }
 
 TEST(Frame, FrameSizeCodesCoverExactlyTheTableRates) {
