@@ -84,7 +84,8 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
   TransientDetector::HighPassChannels(detectors, fresh, filtered, frame_.nfch, kFrameInput);
   for (int c = 0; c < frame_.channels; ++c)
     for (int b = 0; b < kBlocks; ++b)
-      short_blocks_[c][b] = c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256);
+      short_blocks_[c][b] =
+          c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256);
 
   // The decoder reproduces history[256b, 256b + 256) from block b: the DRC words are computed
   // on exactly those samples.

@@ -248,9 +248,11 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     for (int b = 0; b < kBlocks; ++b)
-      for (int i = 0; i < ch.end; ++i)
-        ch.mant[b][i] = ch.bap[b][i] == 0 ? 0
-                        : static_cast<int16_t>(QuantizeMantissa(ch.coef[b][i], ch.exp[b][i], ch.bap[b][i]));
+      for (int i = 0; i < ch.end; ++i) {
+        const int bap = ch.bap[b][i];
+        ch.mant[b][i] =
+            bap == 0 ? 0 : static_cast<int16_t>(QuantizeMantissa(ch.coef[b][i], ch.exp[b][i], bap));
+      }
   }
   return true;
 }

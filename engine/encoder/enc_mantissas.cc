@@ -94,7 +94,8 @@ const uint64_t MantissaCounter::kPackedByBap[16] = {
 int MantissaCounter::PackedBits(uint64_t packed) {
   MantissaCounter counter;
   counter.plain_bits = static_cast<int>(packed & 0xffff);
-  for (int k = 0; k < 3; ++k) counter.grouped[k] = static_cast<int>((packed >> (16 * (k + 1))) & 0xffff);
+  for (int k = 0; k < 3; ++k)
+    counter.grouped[k] = static_cast<int>((packed >> (16 * (k + 1))) & 0xffff);
   return counter.Bits();
 }
 

@@ -219,7 +219,7 @@ TEST(Preprocessor, FastPhaseShiftMatchesTheDirectFir) {
   for (int s : {4, 5}) {
     double worst = 0;
     for (size_t i = 0; i < length; ++i)
-      worst = std::max(worst, std::fabs(static_cast<double>(fast.planes[s][i]) - direct.planes[s][i]));
+      worst = std::max(worst, std::fabs(double{fast.planes[s][i]} - direct.planes[s][i]));
     EXPECT_LT(worst, 2e-6) << "slot " << s;
   }
   EXPECT_EQ(fast.planes[0], direct.planes[0]);

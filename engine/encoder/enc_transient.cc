@@ -64,7 +64,8 @@ bool TransientDetector::DetectFiltered(const float* filtered) {
   for (int s = 0; s < 4; ++s) {
     float lanes[8] = {};
     for (int n = 0; n < 64; n += 8)
-      for (int k = 0; k < 8; ++k) lanes[k] = std::max(lanes[k], std::fabs(filtered[s * 64 + n + k]));
+      for (int k = 0; k < 8; ++k)
+        lanes[k] = std::max(lanes[k], std::fabs(filtered[s * 64 + n + k]));
     float peak = 0;
     for (float lane : lanes) peak = std::max(peak, lane);
     quarter[s] = peak;
