@@ -54,16 +54,6 @@ bool Matches(const UTF16String& text, std::size_t at, const char* ascii) {
   return true;
 }
 
-void AppendCodePoint(UTF16String& out, std::uint32_t cp) {
-  if (cp < 0x10000) {
-    out.push_back(static_cast<std::uint16_t>(cp));
-  } else {
-    cp -= 0x10000;
-    out.push_back(static_cast<std::uint16_t>(0xD800 | (cp >> 10)));
-    out.push_back(static_cast<std::uint16_t>(0xDC00 | (cp & 0x3FF)));
-  }
-}
-
 // Expands the markup that starts at text[at] ("#{"); returns the number of units consumed,
 // or 0 when it is not markup this host knows (it is then copied as it stands).
 std::size_t ExpandMarkupAt(const UTF16String& text, std::size_t at, UTF16String& out) {

@@ -29,16 +29,6 @@ void AppendUTF8(UTF8String& out, std::uint32_t cp) {
   }
 }
 
-void AppendUTF16(UTF16String& out, std::uint32_t cp) {
-  if (cp < 0x10000) {
-    out.push_back(static_cast<std::uint16_t>(cp));
-  } else {
-    cp -= 0x10000;
-    out.push_back(static_cast<std::uint16_t>(0xD800 | (cp >> 10)));
-    out.push_back(static_cast<std::uint16_t>(0xDC00 | (cp & 0x3FF)));
-  }
-}
-
 // Decodes one UTF-8 sequence starting at text[i]; advances i past it. A sequence that is
 // overlong, encodes a surrogate, exceeds U+10FFFF or is cut short yields U+FFFD and
 // consumes only its valid prefix, so the next sequence is decoded on its own.
@@ -80,11 +70,22 @@ UTF16String UTF8to16(const char* text, std::size_t size) {
   UTF16String out;
   out.reserve(size);
   const auto* bytes = reinterpret_cast<const unsigned char*>(text);
-  for (std::size_t i = 0; i < size;) AppendUTF16(out, DecodeUTF8(bytes, size, i));
+  for (std::size_t i = 0; i < size;) AppendCodePoint(out, DecodeUTF8(bytes, size, i));
   return out;
 }
 
 }  // namespace
+
+void AppendCodePoint(UTF16String& out, std::uint32_t cp) {
+  if (cp < 0x10000) {
+    out.push_back(static_cast<std::uint16_t>(cp));
+  } else {
+    cp -= 0x10000;
+    out.push_back(static_cast<std::uint16_t>(0xD800 | (cp >> 10)));
+    out.push_back(static_cast<std::uint16_t>(0xDC00 | (cp & 0x3FF)));
+  }
+}
+
 
 UTF16String AsciiToUTF16(const char* text) {
   UTF16String out;

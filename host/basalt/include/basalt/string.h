@@ -69,6 +69,8 @@ UTF8String UTF16to8(const UTF16String& text);
 // UTF-8 to UTF-16; invalid sequences become U+FFFD.
 UTF16String UTF8to16(const UTF8String& text);
 UTF16String UTF8to16(const char* text);
+// Appends one Unicode code point, as a surrogate pair above U+FFFF.
+void AppendCodePoint(UTF16String& text, std::uint32_t code_point);
 // Replaces every occurrence of `what` (non-empty) in `text` by `with`, left to right.
 void ReplaceInString(UTF16String& text, const UTF16String& what, const UTF16String& with);
 
