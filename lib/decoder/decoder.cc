@@ -233,9 +233,13 @@ void ConvertSamples(const std::int32_t* source, std::int32_t stride, std::size_t
 // Converts the processed slice into the planes, keeping what does not fit.
 void DeliverSlice(Session& s, float** planes, std::size_t channelCount, std::size_t frames,
                   std::size_t& written) {
-  const std::size_t channels = std::min(s.channelLayout.size(), channelCount);
+  // A channel map can name more labels than the engine has output channels (up to 19);
+  // positions past the engine's channels simply get no samples from this slice.
+  constexpr std::size_t kMaxLayoutChannels = 32;
+  const std::size_t channels =
+      std::min({s.channelLayout.size(), channelCount, kMaxLayoutChannels});
   const std::int32_t stride = std::max(s.outputDescription.sample_stride, 1);
-  const std::int32_t* sources[DDPI_UDC_MAX_OUTPUT_CHANNELS] = {};
+  const std::int32_t* sources[kMaxLayoutChannels] = {};
   for (std::size_t c = 0; c < channels; ++c) {
     const int engineChannel = EngineChannelFor(s.channelLayout[c].label, c, s.channelConfiguration);
     if (engineChannel >= 0 && engineChannel < DDPI_UDC_MAX_OUTPUT_CHANNELS)
