@@ -44,11 +44,13 @@ void Integrate(const int16_t* psd, int start, int end, int* bndpsd) {
 
 // Excitation of bands [bndstrt, bndend) for start = 0 (section 7.2.2.4).
 void Excitation(const int* bndpsd, int bndstrt, int bndend, int fgain,
-                const BitAllocParams& p, int* excite) {
+                const BitAllocParams& p, int fleak, int sleak, int* excite) {
   const int sdecay = kSlowDecay[p.sdcycod];
   const int fdecay = kFastDecay[p.fdcycod];
   const int sgain = kSlowGain[p.sgaincod];
-  int lowcomp = 0, fastleak = 0, slowleak = 0;
+  int lowcomp = 0;
+  // The coupling channel starts its leaks from cplfleak and cplsleak (section 7.2.2.4).
+  int fastleak = fleak * 256 + 768, slowleak = sleak * 256 + 768;
   int begin = bndstrt;
   if (bndstrt == 0) {
     lowcomp = LowComp(lowcomp, bndpsd[0], bndpsd[1], 0);
@@ -114,7 +116,7 @@ int OffsetMask(int mask, int snroffset, int floor) {
 }  // namespace
 
 void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
-                    const BitAllocParams& params, Masking* out) {
+                    const BitAllocParams& params, Masking* out, int fleak, int sleak) {
   out->start = start;
   out->end = end;
   for (int i = start; i < end; ++i) out->psd[i] = static_cast<int16_t>(3072 - (exp[i] << 7));
@@ -123,7 +125,7 @@ void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
   const int bndstrt = kBinToBand[start];
   const int bndend = kBinToBand[end - 1] + 1;
   int excite[kBands] = {};
-  Excitation(bndpsd, bndstrt, bndend, kFastGain[fgaincod], params, excite);
+  Excitation(bndpsd, bndstrt, bndend, kFastGain[fgaincod], params, fleak, sleak, excite);
   const int dbknee = kDbPerBit[params.dbpbcod];
   for (int band = bndstrt; band < bndend; ++band) {
     if (bndpsd[band] < dbknee) excite[band] += (dbknee - bndpsd[band]) >> 2;

@@ -32,9 +32,10 @@ struct Masking {
 };
 
 // psd, band integration, excitation and masking curve for bins [start, end) (start = 0:
-// full-bandwidth and LFE channels; LFE has end = 7).
+// full-bandwidth and LFE channels; LFE has end = 7; the coupling channel starts at
+// cplstrtmant and its leaks at cplfleak / cplsleak).
 void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
-                    const BitAllocParams& params, Masking* out);
+                    const BitAllocParams& params, Masking* out, int fleak = 0, int sleak = 0);
 
 // snroffset = ((csnroffst - 15) << 4 + fsnroffst) << 2.
 constexpr int SnrOffset(int csnroffst, int fsnroffst) {
