@@ -48,6 +48,29 @@ int MinimumRate(int acmod) {
   return kMin[FbwChannels(acmod)];
 }
 
+namespace {
+
+// Coupling where it pays: multichannel programmes below kCouplingRate kbps per channel. The
+// range runs from about 70% of the channels' bandwidth up to its end: there the channels stop
+// carrying mantissas and the coupling channel carries the band once for all of them, which
+// leaves more bits to the lower band (measured on the 5.1 benchmark at 192 kbps: SNR +0.5 dB,
+// noise-to-mask slightly lower; ranges reaching beyond the bandwidth lost on both).
+// Coordinates are least-squares: on uncorrelated channels they scale the shared band down
+// rather than adding another channel's content at full energy.
+constexpr double kCouplingRate = 48;
+constexpr double kCouplingBeginShare = 0.7;
+
+void ChooseCoupling(double per_channel, int acmod, int end, CodingPlan* plan) {
+  if (acmod < 2 || per_channel >= kCouplingRate) return;
+  const int start_bin = static_cast<int>(kCouplingBeginShare * end);
+  plan->cplbegf = std::clamp((start_bin - 37 + 6) / 12, acmod == 2 ? 3 : 0, 15);
+  plan->cplendf = std::clamp((end - 37 + 6) / 12 - 3, 0, 15);
+  plan->cplfit = 1.0f;
+  plan->coupling = plan->cplbegf < plan->cplendf + 3;
+}
+
+}  // namespace
+
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe) {
   CodingPlan plan;
   const int nfch = FbwChannels(acmod);
@@ -66,6 +89,7 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe) {
   // masked noise fall, most at the low rates).
   plan.fgaincod = bits_per_block >= 400 ? 6 : 7;
   plan.frame_bits = kbps * 32;
+  ChooseCoupling(per_channel, acmod, end, &plan);
   return plan;
 }
 
@@ -86,8 +110,79 @@ void ChooseFrameStrategies(const CodingPlan& plan, FrameData* f) {
       for (int b = 0; b < kBlocks; ++b)
         if (ch.strategy[b] != kExpReuse) bits += ExponentSetBits(ch.end, ch.strategy[b], ch.lfe);
     }
+    if (f->cplinu) {
+      ChannelFrame& cpl = f->ch[f->channels];
+      ChooseCouplingStrategies(cpl.exp, cpl.blksw, cpl.start, cpl.end,
+                               plan.reuse_threshold * (1 + extra),
+                               std::min(2, plan.coarsen + extra), cpl.strategy);
+      for (int b = 0; b < kBlocks; ++b)
+        if (cpl.strategy[b] != kExpReuse)
+          bits += CouplingExponentBits(cpl.start, cpl.end, cpl.strategy[b]);
+    }
     if (bits <= kExponentShare * plan.frame_bits || extra >= 4) return;
   }
+}
+
+// Coordinates of the run of blocks [first, last) from the energies over the run.
+void RunCoords(FrameData* f, int first, int last) {
+  const CouplingLayout& l = f->cpl;
+  double cpl_energy[kMaxCplSubbands] = {};
+  for (int b = first; b < last; ++b) AddBandEnergy(f->ch[f->channels].coef[b], l, cpl_energy);
+  for (int c = 0; c < f->nfch; ++c) {
+    double energy[kMaxCplSubbands] = {}, cross[kMaxCplSubbands] = {};
+    for (int b = first; b < last; ++b) {
+      AddBandEnergy(f->ch[c].coef[b], l, energy);
+      AddBandCross(f->ch[c].coef[b], f->ch[f->channels].coef[b], l, cross);
+    }
+    float value[kMaxCplSubbands];
+    CoordsFromEnergy(energy, cross, cpl_energy, l.bands, f->cplfit, value);
+    QuantizeCoords(value, l.bands, &f->coords[first][c]);
+    for (int b = first + 1; b < last; ++b) f->coords[b][c] = f->coords[first][c];
+  }
+}
+
+// Forms the coupling channel of every block, its coordinates (new sets in block 0 and where a
+// channel changes its transform length; a set in block 3 too cost more than it brought), and
+// ends the coupled channels at cplstrtmant.
+void CoupleFrame(FrameData* f) {
+  const CouplingLayout& l = f->cpl;
+  ChannelFrame& cpl = f->ch[f->channels];
+  cpl.lfe = false;
+  cpl.start = l.start;
+  cpl.end = l.end;
+  for (int b = 0; b < kBlocks; ++b) {
+    const float* coefs[kMaxCplChannels];
+    bool any_short = false, changed = b == 0;
+    for (int c = 0; c < f->nfch; ++c) {
+      coefs[c] = f->ch[c].coef[b];
+      any_short |= f->ch[c].blksw[b];
+      if (b > 0) changed |= f->ch[c].blksw[b] != f->ch[c].blksw[b - 1];
+    }
+    std::fill(cpl.coef[b], cpl.coef[b] + 256, 0.0f);
+    FormCouplingChannel(coefs, f->nfch, l, cpl.coef[b]);
+    cpl.blksw[b] = any_short;
+    f->cplcoe[b] = changed;
+  }
+  for (int b = 0; b < kBlocks;) {
+    int run = 1;
+    while (b + run < kBlocks && !f->cplcoe[b + run]) ++run;
+    RunCoords(f, b, b + run);
+    b += run;
+  }
+  for (int c = 0; c < f->nfch; ++c) {
+    ChannelFrame& ch = f->ch[c];
+    ch.end = l.start;
+    for (int b = 0; b < kBlocks; ++b) std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
+  }
+}
+
+// True when no coupled channel has any coefficient in the coupling range in this frame.
+bool CoupledBandSilent(const FrameData& f) {
+  for (int c = 0; c < f.nfch; ++c)
+    for (int b = 0; b < kBlocks; ++b)
+      for (int i = f.cpl.start; i < f.cpl.end; ++i)
+        if (f.ch[c].coef[b][i] != 0.0f) return false;
+  return true;
 }
 
 }  // namespace
@@ -95,11 +190,15 @@ void ChooseFrameStrategies(const CodingPlan& plan, FrameData* f) {
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
                   const CodingPlan& plan, FrameData* f) {
   f->fgaincod = plan.fgaincod;
+  f->cplfit = plan.cplfit;
+  f->cplinu = plan.coupling && f->acmod >= 2 &&
+              MakeCouplingLayout(plan.cplbegf, plan.cplendf, &f->cpl);
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     ch.lfe = f->lfe && c == f->nfch;
+    ch.start = 0;
     ch.chbwcod = plan.chbwcod;
-    ch.end = ch.lfe ? ac3::kLfeEndMant : 73 + 3 * plan.chbwcod;
+    ch.end = ch.lfe ? ac3::kLfeEndMant : f->cplinu ? f->cpl.end : 73 + 3 * plan.chbwcod;
     for (int b = 0; b < kBlocks; ++b) {
       ch.blksw[b] = !ch.lfe && short_blocks[c][b];
       const float* x = input[c] + b * ac3::kBlockSamples;
@@ -109,19 +208,36 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
       std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
     }
   }
+  if (f->cplinu && CoupledBandSilent(*f)) {
+    // Nothing to share: the frame goes without coupling, its channels at their bandwidth.
+    f->cplinu = false;
+    for (int c = 0; c < f->nfch; ++c) {
+      ChannelFrame& ch = f->ch[c];
+      ch.end = 73 + 3 * plan.chbwcod;
+      for (int b = 0; b < kBlocks; ++b) std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
+    }
+  }
+  if (f->cplinu) CoupleFrame(f);
   if (f->acmod == 2) {
+    // With coupling the rematrixing bands stop at cplstrtmant (section 7.5.2).
     for (int b = 0; b < kBlocks; ++b)
       RematrixBlock(f->ch[0].coef[b], f->ch[1].coef[b], f->ch[0].end, f->rematflg[b]);
   }
-  for (int c = 0; c < f->channels; ++c)
+  const int n = f->AllocChannels();
+  for (int c = 0; c < n; ++c)
     for (int b = 0; b < kBlocks; ++b) ExtractExponents(f->ch[c].coef[b], 256, f->ch[c].exp[b]);
   ChooseFrameStrategies(plan, f);
-  for (int c = 0; c < f->channels; ++c) {
+  for (int c = 0; c < n; ++c) {
     ChannelFrame& ch = f->ch[c];
-    ShareAndCode(ch.exp, ch.strategy, kBlocks, ch.end);
+    const bool cpl = c == f->channels;
+    if (cpl) ShareAndCodeCoupling(ch.exp, ch.strategy, ch.start, ch.end);
+    else ShareAndCode(ch.exp, ch.strategy, kBlocks, ch.end);
     // A block that reuses exponents has the masking of the block before it.
     for (int b = 0; b < kBlocks; ++b) {
       if (b > 0 && ch.strategy[b] == kExpReuse) ch.masking[b] = ch.masking[b - 1];
+      else if (cpl)
+        ComputeMasking(ch.exp[b], ch.start, ch.end, f->fgaincod, f->ba, &ch.masking[b],
+                       f->cplfleak, f->cplsleak);
       else ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);
     }
   }
@@ -132,7 +248,7 @@ namespace {
 // Pointers of every channel and block for the channels' indices t[c], as the decoder
 // derives them.
 void ComputeFrameBap(FrameData* f, const int* t) {
-  for (int c = 0; c < f->channels; ++c) {
+  for (int c = 0; c < f->AllocChannels(); ++c) {
     const int snroffset = (t[c] - 240) * 4;
     for (int b = 0; b < kBlocks; ++b)
       ComputeBap(f->ch[c].masking[b], snroffset, f->ba, f->ch[c].bap[b]);
@@ -179,13 +295,14 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
   // offsets: the search brackets the answer from the previous frame's outwards with growing
   // steps, then halves the bracket.
   constexpr int kLowest = 1, kHighest = 63 * 16 + 15;
-  uint64_t cost[kMaxChannels][kBlocks];
+  const int channels = f->AllocChannels();
+  uint64_t cost[kMaxChannels + 1][kBlocks];
   auto fits_costs = [&] {
     int early = 0;
-    return FrameBits(cost, f->channels, &early) <= budget_bits && early <= early_budget_bits;
+    return FrameBits(cost, channels, &early) <= budget_bits && early <= early_budget_bits;
   };
   auto fits = [&](int t) {
-    for (int c = 0; c < f->channels; ++c) ChannelCosts(f, c, t, cost[c]);
+    for (int c = 0; c < channels; ++c) ChannelCosts(f, c, t, cost[c]);
     return fits_costs();
   };
   const int start = f->snr_index > 0 ? f->snr_index : 512;
@@ -222,13 +339,13 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
 
   // What one common step leaves over goes to single channels: their fine offsets rise in
   // turn, the coarse one staying shared, while the frame still fits.
-  int t[kMaxChannels];
+  int t[kMaxChannels + 1];
   fits(lo);
-  for (int c = 0; c < f->channels; ++c) t[c] = lo;
+  for (int c = 0; c < channels; ++c) t[c] = lo;
   const int ceiling = (lo | 15);
   for (bool raised = per_channel_fine; raised;) {
     raised = false;
-    for (int c = 0; c < f->channels; ++c) {
+    for (int c = 0; c < channels; ++c) {
       if (t[c] >= ceiling) continue;
       uint64_t kept[kBlocks];
       std::copy(cost[c], cost[c] + kBlocks, kept);
@@ -244,11 +361,11 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
 
   ComputeFrameBap(f, t);
   f->csnroffst = lo >> 4;
-  for (int c = 0; c < f->channels; ++c) f->fsnroffst[c] = t[c] & 15;
-  for (int c = 0; c < f->channels; ++c) {
+  for (int c = 0; c < channels; ++c) f->fsnroffst[c] = t[c] & 15;
+  for (int c = 0; c < channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     for (int b = 0; b < kBlocks; ++b)
-      for (int i = 0; i < ch.end; ++i) {
+      for (int i = ch.start; i < ch.end; ++i) {
         const int bap = ch.bap[b][i];
         ch.mant[b][i] =
             bap == 0 ? 0 : static_cast<int16_t>(QuantizeMantissa(ch.coef[b][i], ch.exp[b][i], bap));
@@ -268,13 +385,48 @@ void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block) {
   if (!ch.lfe) bw->Put(0, 2);  // gainrng
 }
 
+void WriteCouplingCoords(BitWriter* bw, const FrameData& f, int block, bool explicit_cplcoe) {
+  for (int c = 0; c < f.nfch; ++c) {
+    if (explicit_cplcoe) bw->Put(f.cplcoe[block], 1);
+    if (!f.cplcoe[block]) continue;
+    const CouplingCoords& co = f.coords[block][c];
+    bw->Put(co.mstrcplco, 2);
+    for (int bnd = 0; bnd < f.cpl.bands; ++bnd) {
+      bw->Put(co.exp[bnd], 4);
+      bw->Put(co.mant[bnd], 4);
+    }
+  }
+  // acmod 2: phsflginu is 0, so no phase flags follow.
+}
+
+void WriteCouplingExponents(BitWriter* bw, const FrameData& f, int block) {
+  const ChannelFrame& cpl = f.cplch();
+  const ExpStrategy s = cpl.strategy[block];
+  if (s == kExpReuse) return;
+  uint8_t absexp;
+  uint8_t groups[256];
+  const int count = GroupCouplingExponents(cpl.exp[block], cpl.start, cpl.end, s, &absexp, groups);
+  bw->Put(absexp, 4);
+  for (int g = 0; g < count; ++g) bw->Put(groups[g], 7);
+}
+
+// Mantissas in stream order: each channel's, the coupling channel's right after those of the
+// first coupled channel (section 5.4.3.61).
 void WriteMantissas(BitWriter* bw, FrameData& f, int block, MantissaPacker* packer) {
+  const ChannelFrame& cpl = f.ch[f.channels];
+  const int cs = cpl.start;
   packer->Begin();
-  for (int c = 0; c < f.channels; ++c)
+  for (int c = 0; c < f.channels; ++c) {
     packer->AddChannel(f.ch[c].bap[block], f.ch[c].mant[block], f.ch[c].end);
+    if (f.cplinu && c == 0)
+      packer->AddChannel(cpl.bap[block] + cs, cpl.mant[block] + cs, cpl.end - cs);
+  }
   packer->StartWriting();
-  for (int c = 0; c < f.channels; ++c)
+  for (int c = 0; c < f.channels; ++c) {
     packer->WriteChannel(bw, f.ch[c].bap[block], f.ch[c].mant[block], f.ch[c].end);
+    if (f.cplinu && c == 0)
+      packer->WriteChannel(bw, cpl.bap[block] + cs, cpl.mant[block] + cs, cpl.end - cs);
+  }
 }
 
 }  // namespace ddpi::enc

@@ -9,6 +9,7 @@
 #include "bit_writer.h"
 #include "enc_bit_allocation.h"
 #include "enc_config.h"
+#include "enc_coupling.h"
 #include "enc_drc.h"
 #include "enc_exponents.h"
 #include "enc_mantissas.h"
@@ -22,7 +23,8 @@ constexpr int kHistory = 256;         // samples of the previous frame each tran
 constexpr int kFrameInput = 1536;
 
 struct ChannelFrame {
-  int end = 0;       // coded bins (endmant), 7 for LFE
+  int start = 0;     // first coded bin: cplstrtmant for the coupling channel, else 0
+  int end = 0;       // coded bins (endmant), 7 for LFE, cplstrtmant for coupled channels
   int chbwcod = 0;   // bandwidth code (full-bandwidth channels)
   bool lfe = false;
   bool blksw[kBlocks] = {};
@@ -39,14 +41,27 @@ struct FrameData {
   int nfch = 0;
   bool lfe = false;
   int channels = 0;  // nfch + lfe; the LFE channel is the last
-  ChannelFrame ch[kMaxChannels];
+  // The coded channels, then the coupling channel at index `channels` when coupling is in use.
+  ChannelFrame ch[kMaxChannels + 1];
+  // Coupling (in every block of the frame or in none; all full-bandwidth channels coupled).
+  bool cplinu = false;
+  CouplingLayout cpl;
+  bool cplcoe[kBlocks] = {};                        // new coordinates in this block
+  CouplingCoords coords[kBlocks][kMaxCplChannels];  // the coordinates in effect per block
+  int cplfleak = 0;
+  int cplsleak = 0;
+  float cplfit = 0;  // see CoordsFromEnergy
   uint8_t rematflg[kBlocks][kRematrixBands] = {};
   int csnroffst = 15;
-  int fsnroffst[kMaxChannels] = {};  // fine offset of each channel (LFE last)
+  int fsnroffst[kMaxChannels + 1] = {};  // fine offset of each channel (LFE, then coupling)
   int snr_index = 0;  // csnroffst * 16 + fsnroffst of the previous frame, 0 before the first
   int fgaincod = 4;
   BitAllocParams ba;
   DrcFrameGains drc = {};
+
+  // Channels that take part in the bit allocation: the coded ones and the coupling channel.
+  int AllocChannels() const { return channels + (cplinu ? 1 : 0); }
+  const ChannelFrame& cplch() const { return ch[channels]; }
 };
 
 // Per-rate choices made once per stream.
@@ -56,6 +71,10 @@ struct CodingPlan {
   float reuse_threshold = 1; // mean exponent change that forces a new set
   int fgaincod = 4;          // fast gain code of every channel
   int frame_bits = 0;        // size of a frame
+  bool coupling = false;     // couple the full-bandwidth channels (acmod 2..7)
+  int cplbegf = 0;           // coupling range, see CouplingLayout
+  int cplendf = 0;
+  float cplfit = 0;          // coordinates: 0 energy-preserving .. 1 least-squares
 };
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe);
 
@@ -74,6 +93,10 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
 
 // Shared pieces of the block syntax.
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);
+// Coupling coordinates of the block (cplcoe bits only where `explicit_cplcoe`), then cplexps
+// are written by WriteCouplingExponents.
+void WriteCouplingCoords(BitWriter* bw, const FrameData& frame, int block, bool explicit_cplcoe);
+void WriteCouplingExponents(BitWriter* bw, const FrameData& frame, int block);
 void WriteMantissas(BitWriter* bw, FrameData& frame, int block, MantissaPacker* packer);
 
 }  // namespace ddpi::enc

@@ -10,6 +10,20 @@ namespace {
 // Bits at the end of every frame: auxdatae, crcrsv and crc2.
 constexpr int kTrailerBits = 18;
 
+// Coupling strategy (section 5.4.3.7 ff.): sent in block 0 and kept for the frame; every
+// full-bandwidth channel is coupled, without phase flags.
+void WriteCouplingStrategy(BitWriter* bw, const FrameData& f, int blk) {
+  bw->Put(blk == 0, 1);  // cplstre
+  if (blk != 0) return;
+  bw->Put(f.cplinu, 1);
+  if (!f.cplinu) return;
+  for (int c = 0; c < f.nfch; ++c) bw->Put(1, 1);  // chincpl
+  if (f.acmod == 2) bw->Put(0, 1);                  // phsflginu
+  bw->Put(f.cpl.begf, 4);
+  bw->Put(f.cpl.endf, 4);
+  for (int k = 1; k < f.cpl.subbands; ++k) bw->Put(f.cpl.bndstrc[k], 1);
+}
+
 void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
                 MantissaPacker* packer) {
   const int nfch = f.nfch;
@@ -19,16 +33,19 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
     bw->Put(f.drc.dynrng_on, 1);
     if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
   }
-  bw->Put(blk == 0, 1);  // cplstre
-  if (blk == 0) bw->Put(0, 1);  // cplinu
-  if (f.acmod == 2) {
+  WriteCouplingStrategy(bw, f, blk);
+  if (f.cplinu) WriteCouplingCoords(bw, f, blk, true);
+  if (f.acmod == 2) {  // cplbegf > 2 when coupled: four bands either way
     bw->Put(1, 1);  // rematstr
     for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
+  if (f.cplinu) bw->Put(f.cplch().strategy[blk], 2);  // cplexpstr
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);
   if (f.lfe) bw->Put(f.ch[nfch].strategy[blk] != kExpReuse, 1);
+  // chbwcod only for channels outside coupling (all are coupled when it is in use).
   for (int c = 0; c < nfch; ++c)
-    if (f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+    if (!f.cplinu && f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+  if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
   bw->Put(blk == 0, 1);  // baie
   if (blk == 0) {
@@ -41,9 +58,20 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   bw->Put(blk == 0, 1);  // snroffste
   if (blk == 0) {
     bw->Put(f.csnroffst, 6);
+    if (f.cplinu) {
+      bw->Put(f.fsnroffst[f.channels], 4);  // cplfsnroffst
+      bw->Put(f.fgaincod, 3);               // cplfgaincod
+    }
     for (int c = 0; c < f.channels; ++c) {
       bw->Put(f.fsnroffst[c], 4);
       bw->Put(f.fgaincod, 3);
+    }
+  }
+  if (f.cplinu) {
+    bw->Put(blk == 0, 1);  // cplleake: the leaks are sent in block 0 and kept
+    if (blk == 0) {
+      bw->Put(f.cplfleak, 3);
+      bw->Put(f.cplsleak, 3);
     }
   }
   bw->Put(0, 1);  // deltbaie

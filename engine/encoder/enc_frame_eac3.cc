@@ -25,11 +25,13 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
   bw->Put(0, 1);  // skipflde
   bw->Put(0, 1);  // spxattene
   if (f.acmod > 1) {
-    bw->Put(0, 1);  // cplinu[0] (cplstre[0] is implied)
-    for (int blk = 1; blk < kBlocks; ++blk) bw->Put(0, 1);  // cplstre
+    bw->Put(f.cplinu, 1);  // cplinu[0] (cplstre[0] is implied)
+    for (int blk = 1; blk < kBlocks; ++blk) bw->Put(0, 1);  // cplstre: block 0's holds
   }
-  for (int blk = 0; blk < kBlocks; ++blk)
+  for (int blk = 0; blk < kBlocks; ++blk) {
+    if (f.cplinu) bw->Put(f.cplch().strategy[blk], 2);  // cplexpstr
     for (int c = 0; c < f.nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);
+  }
   if (f.lfe)
     for (int blk = 0; blk < kBlocks; ++blk) bw->Put(f.ch[f.nfch].strategy[blk] != kExpReuse, 1);
   // Six-block frames always carry the converter exponent strategies (convexpstre implied):
@@ -38,6 +40,19 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
   bw->Put(f.csnroffst, 6);  // frmcsnroffst
   bw->Put(f.fsnroffst[0], 4);  // frmfsnroffst: every channel's (AllocateFrame keeps them equal)
   bw->Put(0, 1);  // blkstrtinfoe
+}
+
+// Coupling strategy of block 0 (Annex E, audblk): no enhanced coupling; channels in coupling
+// (implied in 2/0), no phase flags, the range and an explicit band structure.
+void WriteCouplingStrategy(BitWriter* bw, const FrameData& f) {
+  bw->Put(0, 1);  // ecplinu
+  if (f.acmod != 2)
+    for (int c = 0; c < f.nfch; ++c) bw->Put(1, 1);  // chincpl
+  if (f.acmod == 2) bw->Put(0, 1);  // phsflginu
+  bw->Put(f.cpl.begf, 4);
+  bw->Put(f.cpl.endf, 4);  // spxinu is 0
+  bw->Put(1, 1);           // cplbndstrce
+  for (int k = 1; k < f.cpl.subbands; ++k) bw->Put(f.cpl.bndstrc[k], 1);
 }
 
 void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer) {
@@ -50,18 +65,33 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer) {
   }
   if (blk == 0) bw->Put(0, 1);  // spxinu (spxstre implied in block 0)
   else bw->Put(0, 1);           // spxstre
+  if (f.cplinu) {
+    if (blk == 0) WriteCouplingStrategy(bw, f);
+    // The frame's first coordinates are implied new (firstcplcos).
+    WriteCouplingCoords(bw, f, blk, blk != 0);
+  }
   if (f.acmod == 2) {
     if (blk != 0) bw->Put(1, 1);  // rematstr (implied in block 0)
     for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   for (int c = 0; c < nfch; ++c)
-    if (f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+    if (!f.cplinu && f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+  if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
   if (f.fgaincod != 4) {
     bw->Put(1, 1);  // fgaincode: one code per channel follows
+    if (f.cplinu) bw->Put(f.fgaincod, 3);  // cplfgaincod
     for (int c = 0; c < f.channels; ++c) bw->Put(f.fgaincod, 3);
   }
   bw->Put(0, 1);  // convsnroffste
+  if (f.cplinu) {
+    // Block 0's leaks are implied present (firstcplleak); later blocks keep them.
+    if (blk != 0) bw->Put(0, 1);  // cplleake
+    if (blk == 0) {
+      bw->Put(f.cplfleak, 3);
+      bw->Put(f.cplsleak, 3);
+    }
+  }
   if (packer) WriteMantissas(bw, f, blk, packer);
 }
 
