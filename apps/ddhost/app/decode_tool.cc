@@ -109,6 +109,11 @@ int RunDecode(const std::vector<std::string>& args) {
   progress.Finish();
   if (!reader.ReachedEnd()) return Fail("decoding stopped: " + ErrorText(error));
   if (!FinishWav(out, header.size(), data_bytes)) return Fail("cannot write " + args[1]);
+  const std::uint64_t frames_written = channels ? data_bytes / (channels * sizeof(float)) : 0;
+  std::printf("wrote %s: %zu channels, %d Hz, %llu samples per channel (%.3f s), 32-bit float\n",
+              args[1].c_str(), channels, decoder.GetSampleRate(),
+              static_cast<unsigned long long>(frames_written),
+              decoder.GetSampleRate() ? static_cast<double>(frames_written) / decoder.GetSampleRate() : 0.0);
   return 0;
 }
 
