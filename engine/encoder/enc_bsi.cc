@@ -34,6 +34,17 @@ void WriteCompr(BitWriter* bw, const DrcFrameGains& drc) {
   if (drc.compr_on) bw->Put(drc.compr & 0xff, 8);
 }
 
+// dialnorm, compr, the language code flag and the audio production information of one
+// programme; a 1+1 stream writes it once for each of its two programmes.
+void WriteAc3ProgrammeInfo(BitWriter* bw, const Metadata& md, const DrcFrameGains& drc) {
+  bw->Put(md.dialnorm, 5);
+  WriteCompr(bw, drc);
+  bw->Put(0, 1);  // langcode / langcod2e
+  bw->Put(1, 1);  // audprodie / audprodi2e
+  bw->Put(md.mixlevel - 80, 5);
+  bw->Put(md.roomtyp, 2);
+}
+
 }  // namespace
 
 void WriteAc3Bsi(BitWriter* bw, const EncoderConfig& cfg, const DrcFrameGains& drc) {
@@ -48,20 +59,8 @@ void WriteAc3Bsi(BitWriter* bw, const EncoderConfig& cfg, const DrcFrameGains& d
   if (acmod & 4) bw->Put(SurroundMixCode(md.lorosurmixlev, &exact), 2);
   if (acmod == 2) bw->Put(md.dsurmod, 2);
   bw->Put(cfg.lfe, 1);
-  bw->Put(md.dialnorm, 5);
-  WriteCompr(bw, drc);
-  bw->Put(0, 1);  // langcode
-  bw->Put(1, 1);  // audprodie
-  bw->Put(md.mixlevel - 80, 5);
-  bw->Put(md.roomtyp, 2);
-  if (acmod == 0) {  // second programme of 1+1 carries the same settings
-    bw->Put(md.dialnorm, 5);
-    WriteCompr(bw, drc);
-    bw->Put(0, 1);  // langcod2e
-    bw->Put(1, 1);  // audprodi2e
-    bw->Put(md.mixlevel - 80, 5);
-    bw->Put(md.roomtyp, 2);
-  }
+  WriteAc3ProgrammeInfo(bw, md, drc);
+  if (acmod == 0) WriteAc3ProgrammeInfo(bw, md, drc);  // 1+1: the second programme alike
   bw->Put(md.copyrightb, 1);
   bw->Put(md.origbs, 1);
   if (bsid == 6) {

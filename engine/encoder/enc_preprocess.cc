@@ -34,33 +34,27 @@ void ClearIfNegligible(double* state) {
   if (!std::isfinite(*state) || std::fabs(*state) < kStateFloor) *state = 0.0;
 }
 
+// One pass of a section over the samples, writing its output or, for kResidual, the input
+// minus its output.
+template <bool kResidual>
+void RunSection(Biquad& q, float* samples, int n) {
+  double z1 = q.s1, z2 = q.s2;
+  for (int i = 0; i < n; ++i) {
+    const double x = samples[i];
+    const double y = q.b0 * x + z1;
+    z1 = q.b1 * x - q.a1 * y + z2;
+    z2 = q.b2 * x - q.a2 * y;
+    samples[i] = static_cast<float>(kResidual ? x - y : y);
+  }
+  q.s1 = z1;
+  q.s2 = z2;
+}
+
 }  // namespace
 
-void Biquad::Run(float* samples, int n) {
-  double z1 = s1, z2 = s2;
-  for (int i = 0; i < n; ++i) {
-    const double x = samples[i];
-    const double y = b0 * x + z1;
-    z1 = b1 * x - a1 * y + z2;
-    z2 = b2 * x - a2 * y;
-    samples[i] = static_cast<float>(y);
-  }
-  s1 = z1;
-  s2 = z2;
-}
+void Biquad::Run(float* samples, int n) { RunSection<false>(*this, samples, n); }
 
-void Biquad::RunResidual(float* samples, int n) {
-  double z1 = s1, z2 = s2;
-  for (int i = 0; i < n; ++i) {
-    const double x = samples[i];
-    const double y = b0 * x + z1;
-    z1 = b1 * x - a1 * y + z2;
-    z2 = b2 * x - a2 * y;
-    samples[i] = static_cast<float>(x - y);
-  }
-  s1 = z1;
-  s2 = z2;
-}
+void Biquad::RunResidual(float* samples, int n) { RunSection<true>(*this, samples, n); }
 
 namespace {
 
