@@ -1,7 +1,7 @@
 #include "console/channel_mapping.h"
 
-#include <algorithm>
 #include <bitset>
+#include <cstdio>
 
 namespace dolbydigital {
 namespace {
@@ -72,89 +72,71 @@ ChannelLayout LayoutFromMask(std::uint32_t mask) {
   return layout;
 }
 
-std::string Abbreviation(AudioChannelLabel label) {
-  return basalt::ToStdString(tidemark::AudioChannelLabelAbbreviations(label));
+std::string Abbreviation(const ChannelLayout& layout, std::size_t i) {
+  const AudioChannelLabel label = layout[i].GetLabel();
+  const std::string name = basalt::ToStdString(tidemark::AudioChannelLabelAbbreviations(label));
+  return label == tidemark::kAudioChannelLabel_Discrete || name.empty()
+             ? "channel " + std::to_string(i + 1)
+             : name;
 }
 
-std::string JoinNames(const std::vector<std::string>& names) {
+std::string Names(const ChannelLayout& layout, std::size_t from, std::size_t to) {
   std::string text;
-  for (const std::string& n : names) text += (text.empty() ? "" : " ") + n;
+  for (std::size_t i = from; i < to; ++i) text += (text.empty() ? "" : " ") + Abbreviation(layout, i);
   return text;
 }
 
-int FindLabel(const ChannelLayout& layout, AudioChannelLabel label) {
-  for (std::size_t i = 0; i < layout.size(); ++i)
-    if (layout[i].GetLabel() == label) return static_cast<int>(i);
-  return ChannelMapping::kSilent;
+bool SameSpeaker(const ChannelLayout& file, const ChannelLayout& stream, std::size_t i) {
+  const AudioChannelLabel label = stream[i].GetLabel();
+  return label == tidemark::kAudioChannelLabel_Discrete || label == file[i].GetLabel();
 }
 
-// When no label matches (a mono file into a stream without centre, a stereo file into a
-// mono stream), the file's channels feed the stream's in their order, as an encoder fed
-// planes in layout order does: a stream left wholly silent would help nobody.
-ChannelMapping MapByPosition(const ChannelLayout& source, const ChannelLayout& stream) {
-  ChannelMapping mapping;
-  std::vector<std::string> fed, silent, unused;
-  for (std::size_t j = 0; j < stream.size(); ++j) {
-    const AudioChannelLabel label = stream[j].GetLabel();
-    const std::string name = label ? Abbreviation(label) : "channel " + std::to_string(j + 1);
-    if (j < source.size()) {
-      mapping.sourceOf.push_back(static_cast<int>(j));
-      fed.push_back(Abbreviation(source[j].GetLabel()) + "->" + name);
-    } else {
-      mapping.sourceOf.push_back(ChannelMapping::kSilent);
-      silent.push_back(name);
-    }
-  }
-  for (std::size_t i = stream.size(); i < source.size(); ++i)
-    unused.push_back(Abbreviation(source[i].GetLabel()));
-  mapping.warnings.push_back("no channel of the input matches a channel of the stream; they are "
-                             "fed in order: " + JoinNames(fed));
-  if (!silent.empty())
-    mapping.warnings.push_back("the stream's " + JoinNames(silent) + " channel(s) stay silent");
-  if (!unused.empty())
-    mapping.warnings.push_back("the input's " + JoinNames(unused) +
-                               " channel(s) have no place in the stream and are left out");
-  return mapping;
+// Where the labels of the file's channels come from, for the user.
+std::string LabelSource(const WavReader& reader, const ChannelLayout& file) {
+  const std::uint32_t mask = reader.GetChannelMask();
+  char hex[16];
+  std::snprintf(hex, sizeof hex, "0x%X", mask);
+  if (mask != 0 && std::bitset<32>(mask).count() == file.size())
+    return "by its channel mask " + std::string(hex);
+  if (mask != 0) return "by their count; its channel mask " + std::string(hex) + " does not fit";
+  return "by their count";
 }
 
 }  // namespace
 
-ChannelLayout SourceChannelLayout(const WavReader& reader) {
+ChannelLayout FileChannelLabels(const WavReader& reader) {
   const std::size_t channels = reader.GetChannelCount();
-  if (reader.GetChannelLayout().size() == channels) return reader.GetChannelLayout();
   const std::uint32_t mask = reader.GetChannelMask();
   if (mask != 0 && std::bitset<32>(mask).count() == channels) return LayoutFromMask(mask);
   return tidemark::CreateMultichannelLayoutWithDefaultLabels(channels);
 }
 
-ChannelMapping MapChannels(const ChannelLayout& source, const ChannelLayout& stream) {
-  ChannelMapping mapping;
-  std::vector<bool> used(source.size(), false);
-  std::vector<std::string> silent;
-  for (std::size_t j = 0; j < stream.size(); ++j) {
-    const AudioChannelLabel label = stream[j].GetLabel();
-    int from = label == tidemark::kAudioChannelLabel_Discrete
-                   ? (j < source.size() ? static_cast<int>(j) : ChannelMapping::kSilent)
-                   : FindLabel(source, label);
-    if (from != ChannelMapping::kSilent)
-      used[from] = true;
-    else
-      silent.push_back(label ? Abbreviation(label) : "channel " + std::to_string(j + 1));
-    mapping.sourceOf.push_back(from);
+std::vector<std::string> DescribeChannelPlacement(const WavReader& reader,
+                                                  const ChannelLayout& file,
+                                                  const ChannelLayout& stream,
+                                                  const std::string& streamName) {
+  std::vector<std::string> warnings;
+  const std::size_t fed = std::min(file.size(), stream.size());
+  bool misplaced = false;
+  for (std::size_t i = 0; i < fed; ++i) misplaced = misplaced || !SameSpeaker(file, stream, i);
+  if (misplaced) {
+    std::string placement;
+    for (std::size_t i = 0; i < stream.size(); ++i)
+      placement += (i ? ", " : "") + Abbreviation(stream, i) + " = " +
+                   (i < fed ? "file " + Abbreviation(file, i) : std::string("silence"));
+    warnings.push_back(
+        "the file's channels are " + Names(file, 0, file.size()) + " (" + LabelSource(reader, file) +
+        "), but this command takes 1 channel as mono, 2 as stereo and any other count as 5.1 "
+        "(L R C LFE Ls Rs) and feeds them to the stream in file order: the stream (" +
+        streamName + ") gets " + placement);
+  } else if (fed < stream.size()) {
+    warnings.push_back("the stream (" + streamName + ") has more channels than the file: its " +
+                       Names(stream, fed, stream.size()) + " stay silent");
   }
-  if (!source.empty() && std::none_of(mapping.sourceOf.begin(), mapping.sourceOf.end(),
-                                      [](int from) { return from != ChannelMapping::kSilent; }))
-    return MapByPosition(source, stream);
-  std::vector<std::string> unused;
-  for (std::size_t i = 0; i < source.size(); ++i)
-    if (!used[i]) unused.push_back(Abbreviation(source[i].GetLabel()));
-  if (!silent.empty())
-    mapping.warnings.push_back("the stream's " + JoinNames(silent) +
-                               " channel(s) have no counterpart in the input and stay silent");
-  if (!unused.empty())
-    mapping.warnings.push_back("the input's " + JoinNames(unused) +
-                               " channel(s) have no place in the stream and are left out");
-  return mapping;
+  if (fed < file.size())
+    warnings.push_back("the file's " + Names(file, fed, file.size()) +
+                       " have no place in the stream (" + streamName + ") and are left out");
+  return warnings;
 }
 
 }  // namespace dolbydigital

@@ -1,6 +1,9 @@
-// Which channel of the input file feeds which channel of the stream being encoded. Channels
-// are matched by their labels, so a file whose channels are not those of the configured
-// stream still has each channel land where it belongs; what cannot be matched is reported.
+// Where a WAV file's channels end up in the stream the Encode command writes. The command
+// takes a file's layout from its channel count alone (1: mono, 2: stereo, any other count:
+// 5.1 L R C LFE Ls Rs) and hands its channels to the encoder in file order, where the
+// stream's own layout places them: file channel i becomes the stream's channel i. Whatever
+// the file says about its channels changes nothing in that; it only tells the user when
+// channels land somewhere other than where the file means them to be.
 #ifndef DOLBYDIGITAL_CONSOLE_CHANNEL_MAPPING_H
 #define DOLBYDIGITAL_CONSOLE_CHANNEL_MAPPING_H
 
@@ -12,21 +15,19 @@
 
 namespace dolbydigital {
 
-// The labels of the file's channels: the reader's layout when it has as many channels as
-// the file; otherwise the extensible speaker mask when it names every channel; otherwise
-// the usual labels for the channel count.
-ChannelLayout SourceChannelLayout(const WavReader& reader);
+// The channels the file says it has: the speakers of its extensible channel mask when the
+// mask names every channel; otherwise the usual labels for the count.
+ChannelLayout FileChannelLabels(const WavReader& reader);
 
-struct ChannelMapping {
-  static constexpr int kSilent = -1;
-  std::vector<int> sourceOf;  // per stream channel: the file channel feeding it, or kSilent
-  std::vector<std::string> warnings;
-};
-
-// Stream channels with a label take the file channel of the same label; unlabelled stream
-// channels (dual mono) take the file channel at their own position. When no label matches at
-// all, the file's channels feed the stream's in order instead of leaving the stream silent.
-ChannelMapping MapChannels(const ChannelLayout& source, const ChannelLayout& stream);
+// Warnings for the placement of the file's channels (`file`, as FileChannelLabels gives them)
+// in file order on the stream's channels (`stream`, named `streamName` for the user): a file
+// channel on a stream channel of another speaker, file channels left out, stream channels
+// left silent. Nothing when every channel lands on its own speaker. Unlabelled stream
+// channels (dual mono) take any channel.
+std::vector<std::string> DescribeChannelPlacement(const WavReader& reader,
+                                                  const ChannelLayout& file,
+                                                  const ChannelLayout& stream,
+                                                  const std::string& streamName);
 
 }  // namespace dolbydigital
 

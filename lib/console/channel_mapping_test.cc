@@ -2,62 +2,69 @@
 
 #include <gtest/gtest.h>
 
-#include "dolbydigital/parameters.h"
+#include <string>
+#include <vector>
+
+#include "temp_dir.h"
+#include "wav_image.h"
 
 namespace dolbydigital {
 namespace {
 
-using tidemark::AudioChannelLabel;
+using ddtest::WavImage;
 
-TEST(ChannelMapping, MatchingLayoutsMapOneToOne) {
-  const ChannelLayout layout = tidemark::CreateBroadcast51ChannelLayout();
-  const ChannelMapping m = MapChannels(layout, layout);
-  EXPECT_EQ(m.sourceOf, (std::vector<int>{0, 1, 2, 3, 4, 5}));
-  EXPECT_TRUE(m.warnings.empty());
+class ChannelMappingTest : public ::testing::Test {
+ protected:
+  // The placement warnings for a file of `channels` (extensible with `mask` when not 0) on
+  // the stream layout `stream`.
+  std::vector<std::string> Place(std::uint16_t channels, std::uint32_t mask,
+                                 const ChannelLayout& stream) {
+    WavImage wav;
+    wav.channels = channels;
+    if (mask) wav.tag = 0xFFFE, wav.mask = mask;
+    const std::string path = dir_.File("in.wav");
+    EXPECT_TRUE(wav.Write(path));
+    const WavReader reader(basalt::UTF8to16(path.c_str()));
+    return DescribeChannelPlacement(reader, FileChannelLabels(reader), stream, "the stream");
+  }
+  ddtest::TempDir dir_{"channel_mapping"};
+};
+
+const ChannelLayout k51 = tidemark::CreateBroadcast51ChannelLayout();
+const ChannelLayout k50 = {tidemark::kAudioChannelLabel_Left, tidemark::kAudioChannelLabel_Right,
+                           tidemark::kAudioChannelLabel_Center,
+                           tidemark::kAudioChannelLabel_LeftSurround,
+                           tidemark::kAudioChannelLabel_RightSurround};
+
+TEST_F(ChannelMappingTest, ChannelsOnTheirOwnSpeakersDrawNoWarning) {
+  EXPECT_TRUE(Place(6, 0, k51).empty());
+  EXPECT_TRUE(Place(6, 0x3F, k51).empty());   // back surrounds
+  EXPECT_TRUE(Place(6, 0x60F, k51).empty());  // side surrounds
+  EXPECT_TRUE(Place(5, 0x607, k50).empty());
+  EXPECT_TRUE(Place(1, 0, ChannelLayout{tidemark::kAudioChannelLabel_Center}).empty());
+  const ChannelLayout dualMono(2, tidemark::AudioChannelDescription(tidemark::kAudioChannelLabel_Discrete));
+  EXPECT_TRUE(Place(2, 0, dualMono).empty());
 }
 
-TEST(ChannelMapping, ChannelsFollowTheirLabelsAndWhatIsLeftIsReported) {
-  // A 5.1 file into a 3/2 stream without LFE: the LFE is left out, the surrounds still land
-  // on the surrounds.
-  const ChannelMapping m =
-      MapChannels(tidemark::CreateBroadcast51ChannelLayout(),
-                  GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_32, false));
-  EXPECT_EQ(m.sourceOf, (std::vector<int>{0, 1, 2, 4, 5}));
-  ASSERT_EQ(m.warnings.size(), 1u);
-  EXPECT_NE(m.warnings[0].find("LFE"), std::string::npos);
-
-  // A stereo file into 3/2: centre and surrounds stay silent.
-  const ChannelMapping up =
-      MapChannels(tidemark::CreateStereoChannelLayout(),
-                  GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_32, false));
-  EXPECT_EQ(up.sourceOf, (std::vector<int>{0, 1, -1, -1, -1}));
-  ASSERT_EQ(up.warnings.size(), 1u);
-  EXPECT_NE(up.warnings[0].find("silent"), std::string::npos);
-}
-
-TEST(ChannelMapping, WithoutAnyMatchingLabelTheChannelsFeedTheStreamInOrder) {
-  // A mono file (its channel is the centre) into a 2/0 stream: left carries it.
-  const ChannelMapping mono = MapChannels(
-      tidemark::CreateMonoChannelLayout(),
-      GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_20, false));
-  EXPECT_EQ(mono.sourceOf, (std::vector<int>{0, -1}));
-  ASSERT_FALSE(mono.warnings.empty());
-  EXPECT_NE(mono.warnings[0].find("in order"), std::string::npos);
-
-  // A stereo file into a 1/0 stream: the centre carries the left channel, right is left out.
-  const ChannelMapping stereo = MapChannels(
-      tidemark::CreateStereoChannelLayout(),
-      GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_10, false));
-  EXPECT_EQ(stereo.sourceOf, (std::vector<int>{0}));
-  EXPECT_NE(stereo.warnings.back().find("left out"), std::string::npos);
-}
-
-TEST(ChannelMapping, DualMonoTakesTheFilesChannelsByPosition) {
-  const ChannelMapping m =
-      MapChannels(tidemark::CreateStereoChannelLayout(),
-                  GetAudioChannelLayout(kAudioChannelConfiguration_Acmod_11, false));
-  EXPECT_EQ(m.sourceOf, (std::vector<int>{0, 1}));
-  EXPECT_TRUE(m.warnings.empty());
+TEST_F(ChannelMappingTest, FileOrderPlacementIsSpelledOut) {
+  EXPECT_EQ(Place(4, 0x33, k51),
+            std::vector<std::string>{
+                "the file's channels are L R Ls Rs (by its channel mask 0x33), but this command "
+                "takes 1 channel as mono, 2 as stereo and any other count as 5.1 (L R C LFE Ls "
+                "Rs) and feeds them to the stream in file order: the stream (the stream) gets L = "
+                "file L, R = file R, C = file Ls, LFE = file Rs, Ls = silence, Rs = silence"});
+  EXPECT_EQ(Place(1, 0, k50),
+            std::vector<std::string>{
+                "the file's channels are C (by their count), but this command takes 1 channel as "
+                "mono, 2 as stereo and any other count as 5.1 (L R C LFE Ls Rs) and feeds them to "
+                "the stream in file order: the stream (the stream) gets L = file C, R = silence, C "
+                "= silence, Ls = silence, Rs = silence"});
+  EXPECT_EQ(Place(2, 0, k50), std::vector<std::string>{
+                                  "the stream (the stream) has more channels than the file: its "
+                                  "C Ls Rs stay silent"});
+  EXPECT_EQ(Place(8, 0, k51),
+            std::vector<std::string>{"the file's Lrs Rrs have no place in the stream (the "
+                                     "stream) and are left out"});
 }
 
 }  // namespace

@@ -1,11 +1,16 @@
-// The Encode command: settings from the configuration file over the defaults, the WAV
-// file's channels matched by label to the configured stream's channels (so a file whose
-// layout differs from the settings still has each channel land where it belongs, and the
-// user is told what stays silent or is left out), other sample rates resampled to 48 kHz,
-// then 1536-frame blocks through the encoder into the output file. A run that fails removes
-// the output it started, so that no partial stream is left looking like a result.
+// The Encode command: settings from the configuration file over the defaults, the WAV file
+// read with the console's reader (layout from the channel count alone, header problems read
+// through, samples as they are, no resampling), the file's channels handed to the encoder in
+// file order, and 1536-frame blocks through the encoder into the output file. The command
+// does not bend any of that to the file: it says, before encoding, what in the file is
+// questionable and what the stream will hold because of it, and points to "ddhost encode",
+// the host's own encode path, for a stream made from the file as it is meant.
+//
+// The output is written as the stream is produced and never removed: a run that fails says
+// so, and says what the output holds.
 #include "console/encode_command.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -16,7 +21,6 @@
 #include "basalt/file.h"
 #include "console/channel_mapping.h"
 #include "console/configuration_file.h"
-#include "console/resampler.h"
 #include "console/sync_frame_counter.h"
 #include "console/wav_input_check.h"
 #include "console/wav_reader.h"
@@ -32,7 +36,6 @@ using basalt::filesupport::File;
 using basalt::filesupport::OPlatformByteStream;
 
 constexpr std::size_t kBlockFrames = 1536;
-constexpr std::uint32_t kEngineSampleRate = 48000;
 constexpr const char* kUsage =
     "usage: dolbydigital.Encode -cfg=<settings.json> -in=<input.wav> -out=<output.ec3|ac3>";
 
@@ -56,20 +59,13 @@ struct PlanarBlock {
       : storage(channels, std::vector<float>(frames, 0.0f)) {
     for (auto& plane : storage) pointers.push_back(plane.data());
   }
+  // Silence from frame `from` on: what a short read did not fill.
+  void Silence(std::size_t from, std::size_t to) {
+    for (auto& plane : storage) std::fill(plane.begin() + from, plane.begin() + to, 0.0f);
+  }
   std::vector<std::vector<float>> storage;
   std::vector<float*> pointers;
 };
-
-// The stream's channel planes for one call: each points into the file's planes or at
-// silence, as the channel mapping says.
-std::vector<const float*> StreamPlanes(const ChannelMapping& mapping,
-                                       const std::vector<const float*>& source,
-                                       const std::vector<float>& silence) {
-  std::vector<const float*> planes;
-  for (int from : mapping.sourceOf)
-    planes.push_back(from == ChannelMapping::kSilent ? silence.data() : source[from]);
-  return planes;
-}
 
 bool CheckArguments(const EncodeArguments& arguments) {
   for (const UTF16String& word : arguments.unrecognised)
@@ -94,6 +90,7 @@ bool CheckFiles(const EncodeArguments& arguments) {
     Error("the folder of the output file " + ToStdString(arguments.outputPath) + " does not exist");
     return false;
   }
+  // Deleting the output first would destroy the input before it is read.
   if (input.GetFullPath() == output.GetFullPath()) {
     Error("the output file would replace the input file " + ToStdString(arguments.inputPath));
     return false;
@@ -101,12 +98,11 @@ bool CheckFiles(const EncodeArguments& arguments) {
   return true;
 }
 
-// The stream's layout: the configuration's, with LFE only when both the configuration and
-// the file have one. The file's own channel labels are asked, not the reader's layout, which
-// names every count other than one and two 5.1.
-ChannelLayout DecideStreamLayout(const ChannelLayout& source, ParameterMap& params) {
-  const bool lfe =
-      tidemark::HasLFEChannel(source) && tidemark::HasLFEChannel(GetAudioChannelLayout(params));
+// The LFE flag: on only when both the reader's layout for the file and the layout the
+// settings ask for have an LFE channel. Returns the stream's layout that follows from it.
+ChannelLayout DecideStreamLayout(const WavReader& reader, ParameterMap& params) {
+  const bool lfe = tidemark::HasLFEChannel(reader.GetChannelLayout()) &&
+                   tidemark::HasLFEChannel(GetAudioChannelLayout(params));
   SetParameter(kParameterID_EnableLFE, params, lfe ? 1 : 0);
   return GetAudioChannelLayout(params);
 }
@@ -130,43 +126,54 @@ void ReportEngineFailure(int error) {
           ModuleDepot::CodecModuleLoader::GetLastError() + ")");
 }
 
-// "Dolby Digital Plus, 3/2 + LFE (L R C LFE Ls Rs)".
-std::string DescribeStream(const ParameterMap& params) {
-  const int mode = GetParameter(kParameterID_CodecMode, params);
+// "3/2 + LFE".
+std::string DescribeLayout(const ParameterMap& params) {
   const int configuration = GetParameter(kParameterID_ChannelConfiguration, params);
   std::string layout =
       ToStdString(GetNameForValue(kParameterID_ChannelConfiguration, configuration, params));
-  layout = layout.substr(0, layout.find(" ("));  // the channels are listed below
+  layout = layout.substr(0, layout.find(" ("));  // the channels are listed where it matters
   if (GetParameter(kParameterID_EnableLFE, params) == 1) layout += " + LFE";
+  return layout;
+}
+
+// "Dolby Digital Plus, 3/2 + LFE (L R C LFE Ls Rs)".
+std::string DescribeStream(const ParameterMap& params) {
+  const int mode = GetParameter(kParameterID_CodecMode, params);
   std::string channels;
   for (const auto& channel : GetAudioChannelLayout(params))
     channels += (channels.empty() ? "" : " ") +
                 ToStdString(tidemark::AudioChannelLabelAbbreviations(channel.GetLabel()));
-  return ToStdString(GetNameForValue(kParameterID_CodecMode, mode, params)) + ", " + layout + " (" +
-         channels + ")";
+  return ToStdString(GetNameForValue(kParameterID_CodecMode, mode, params)) + ", " +
+         DescribeLayout(params) + " (" + channels + ")";
+}
+
+// Everything questionable about the input, before a byte is encoded. True when something was
+// said.
+bool WarnAboutInput(const std::string& inputName, const WavReader& reader,
+                    const ChannelLayout& stream, const ParameterMap& params) {
+  std::vector<std::string> warnings = CheckWavInput(reader);
+  if (reader.HasFormatChunk() && reader.GetChannelCount() > 0) {
+    const std::vector<std::string> placement = DescribeChannelPlacement(
+        reader, FileChannelLabels(reader), stream, DescribeLayout(params));
+    warnings.insert(warnings.end(), placement.begin(), placement.end());
+  }
+  for (const std::string& warning : warnings) Warning(inputName + ": " + warning);
+  return !warnings.empty();
 }
 
 // One encoding run from the opened files to the finished stream.
 class EncodeJob {
  public:
-  EncodeJob(WavReader& reader, OPlatformByteStream& output, const ChannelMapping& mapping,
-            std::size_t streamChannels)
+  EncodeJob(WavReader& reader, OPlatformByteStream& output)
       : reader_(reader),
         output_(output),
-        mapping_(mapping),
-        streamChannels_(streamChannels),
-        input_(reader.GetChannelCount(), kBlockFrames),
-        silence_(kBlockFrames, 0.0f) {
-    if (reader.GetSampleRate() != kEngineSampleRate)
-      resampler_.reset(
-          new Resampler(reader.GetSampleRate(), kEngineSampleRate, reader.GetChannelCount()));
-  }
+        total_(reader.GetFrameCount()),
+        // Never more than a block, and no bigger than the audio there is to read.
+        block_(reader.GetChannelCount(),
+               static_cast<std::size_t>(std::max<std::uint64_t>(
+                   1, std::min<std::uint64_t>(total_, kBlockFrames)))) {}
 
   bool Run(CodecMode mode, const ParameterMap& params) {
-    if (resampler_ && !resampler_->IsValid()) {
-      Error("the resampler could not be set up: " + resampler_->GetError());
-      return false;
-    }
     int error = 0;
     if (!encoder_.InitializeEncode(mode, params, error)) {
       ReportEngineFailure(error);
@@ -181,47 +188,33 @@ class EncodeJob {
 
   std::uint64_t BytesWritten() const { return bytesWritten_; }
   const SyncFrameCounter& Frames() const { return frames_; }
+  // Frames the header promised that the file no longer held when they were read.
+  std::uint64_t FramesMissing() const { return total_ - framesRead_; }
+  std::uint64_t FramesPromised() const { return total_; }
 
  private:
+  // Every frame the reader counted at the start goes to the encoder, in blocks: the stream's
+  // length is the file's as its header gave it. Frames a short read does not deliver (the
+  // file shrank while it was read) are encoded as silence and counted as missing.
   bool EncodeInput(basalt::console::ProgressReporter& progress) {
-    const std::uint64_t total = reader_.GetFrameCount();
     std::uint64_t done = 0;
-    while (done < total) {
+    while (done < total_) {
       const std::size_t wanted =
-          static_cast<std::size_t>(std::min<std::uint64_t>(total - done, kBlockFrames));
-      const std::size_t got = reader_.ReadFrames(input_.pointers.data(), wanted);
-      if (got == 0) {
-        Warning("the input ended early; encoding what was read");
-        break;
-      }
-      done += got;
-      const std::vector<const float*> source(input_.pointers.begin(), input_.pointers.end());
-      if (!(resampler_ ? EncodeResampled(source.data(), got) : EncodeBlock(source, got)))
-        return false;
-      ShowProgress(progress, done, total);
+          static_cast<std::size_t>(std::min<std::uint64_t>(total_ - done, block_.storage[0].size()));
+      const std::size_t got = reader_.ReadFrames(block_.pointers.data(), wanted);
+      if (got < wanted) block_.Silence(got, wanted);
+      framesRead_ += got;
+      done += wanted;
+      if (!EncodeBlock(wanted)) return false;
+      ShowProgress(progress, done);
     }
-    return !resampler_ || EncodeResampled(nullptr, 0);
+    return true;
   }
 
-  // Resamples a block (or, with null planes, drains the resampler) and encodes the result.
-  bool EncodeResampled(const float* const* planes, std::size_t frames) {
-    Resampler::Planes out;
-    const bool ok = planes ? resampler_->Process(planes, frames, out) : resampler_->Flush(out);
-    if (!ok) {
-      Error("resampling failed: " + resampler_->GetError());
-      return false;
-    }
-    const std::size_t produced = out.empty() ? 0 : out[0].size();
-    if (produced > silence_.size()) silence_.resize(produced, 0.0f);
-    std::vector<const float*> source;
-    for (const auto& plane : out) source.push_back(plane.data());
-    return produced == 0 || EncodeBlock(source, produced);
-  }
-
-  bool EncodeBlock(const std::vector<const float*>& source, std::size_t frames) {
-    std::vector<const float*> planes = StreamPlanes(mapping_, source, silence_);
+  bool EncodeBlock(std::size_t frames) {
+    std::vector<const float*> planes(block_.pointers.begin(), block_.pointers.end());
     int error = 0;
-    if (!encoder_.Encode(planes.data(), streamChannels_, frames, bytes_, error)) {
+    if (!encoder_.Encode(planes.data(), planes.size(), frames, bytes_, error)) {
       Error("encoding failed: " + ToStdString(Encoder::GetErrorDescription(error)));
       return false;
     }
@@ -248,25 +241,22 @@ class EncodeJob {
     return true;
   }
 
-  void ShowProgress(basalt::console::ProgressReporter& progress, std::uint64_t done,
-                    std::uint64_t total) {
+  void ShowProgress(basalt::console::ProgressReporter& progress, std::uint64_t done) {
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
-    const double audio = static_cast<double>(done) / reader_.GetSampleRate();
-    std::string detail =
-        Printf("%.1f of %.1f s", audio, static_cast<double>(total) / reader_.GetSampleRate());
+    const double rate = reader_.GetSampleRate() ? reader_.GetSampleRate() : kStreamSampleRate;
+    const double audio = static_cast<double>(done) / rate;
+    std::string detail = Printf("%.1f of %.1f s", audio, static_cast<double>(total_) / rate);
     if (seconds > 0) detail += Printf(", %.1fx real time", audio / seconds);
-    progress.Update(static_cast<double>(done) / static_cast<double>(total),
+    progress.Update(static_cast<double>(done) / static_cast<double>(total_),
                     basalt::UTF8to16(detail.c_str()));
   }
 
   WavReader& reader_;
   OPlatformByteStream& output_;
-  const ChannelMapping& mapping_;
-  std::size_t streamChannels_;
-  PlanarBlock input_;
-  std::vector<float> silence_;
-  std::unique_ptr<Resampler> resampler_;
+  const std::uint64_t total_;
+  std::uint64_t framesRead_ = 0;
+  PlanarBlock block_;
   Encoder encoder_;
   ByteVector bytes_;
   SyncFrameCounter frames_;
@@ -276,14 +266,27 @@ class EncodeJob {
 
 void ReportResult(const UTF16String& path, const EncodeJob& job, const ParameterMap& params) {
   const double seconds =
-      static_cast<double>(job.Frames().AudioBlocks()) * 256.0 / kEngineSampleRate;
+      static_cast<double>(job.Frames().AudioBlocks()) * 256.0 / kStreamSampleRate;
   const double kbps = seconds > 0 ? job.BytesWritten() * 8.0 / seconds / 1000.0 : 0.0;
   std::string line = "wrote " + ToStdString(File(path).GetFullPath()) + ": " +
                      std::to_string(job.BytesWritten()) + " bytes, " +
                      std::to_string(job.Frames().Frames()) + " frames, " +
                      Printf("%.3f s", seconds) + "; " + DescribeStream(params) + ", " +
-                     Printf("%.0f kbps, %.0f Hz", std::round(kbps), kEngineSampleRate);
+                     Printf("%.0f kbps, %.0f Hz", std::round(kbps), kStreamSampleRate);
   basalt::console::Print(basalt::UTF8to16(line.c_str()));
+}
+
+// The input lost audio while it was being encoded (another program truncated or rewrote
+// it): the stream has the length the header gave, but not the audio.
+void ReportShrunkInput(const std::string& inputName, const std::string& outputName,
+                       const EncodeJob& job, std::uint32_t sampleRate) {
+  const double rate = sampleRate ? sampleRate : kStreamSampleRate;
+  const std::uint64_t read = job.FramesPromised() - job.FramesMissing();
+  Error(inputName + " shrank while it was being encoded: " + std::to_string(read) + " of the " +
+        std::to_string(job.FramesPromised()) + " frames its header gave could be read" +
+        Printf(" (%.3f of %.3f s); ", read / rate, job.FramesPromised() / rate) + outputName +
+        " holds the full length, with silence where the audio was missing, and is not a "
+        "faithful encoding of the file");
 }
 
 }  // namespace
@@ -296,66 +299,55 @@ EncodeCommand::~EncodeCommand() = default;
 bool EncodeCommand::Run() {
   if (!CheckArguments(arguments_) || !CheckFiles(arguments_)) return false;
   const std::string inputName = ToStdString(arguments_.inputPath);
+  const std::string outputName = ToStdString(arguments_.outputPath);
+  WavReader reader(File(arguments_.inputPath).GetFullPath());
+  if (!reader.IsOpen()) {
+    Error("the input file " + inputName + " cannot be opened");
+    return false;
+  }
   const File outputFile(arguments_.outputPath);
   if (outputFile.Exists()) outputFile.Delete();
   if (!outputFile.Create()) {
-    Error("the output file " + ToStdString(arguments_.outputPath) + " cannot be created");
+    Error("the output file " + outputName + " cannot be created");
     return false;
   }
   OPlatformByteStream output(outputFile, basalt::filesupport::kDefaultStreamBuffer);
-  WavReader reader(File(arguments_.inputPath).GetFullPath());
-
-  // Whatever goes wrong from here on, a broken stream is not left behind.
-  bool succeeded = false;
-  struct RemoveOnFailure {
-    const File& file;
-    OPlatformByteStream& stream;
-    const bool& succeeded;
-    ~RemoveOnFailure() {
-      if (succeeded) return;
-      stream.Close();
-      file.Delete();
-    }
-  } removeOnFailure{outputFile, output, succeeded};
-
-  const WavInputCheck check = CheckWavInput(reader);
-  for (const std::string& warning : check.warnings) Warning(inputName + ": " + warning);
-  for (const std::string& error : check.errors) Error(inputName + ": " + error);
-  if (!check.Usable()) return false;
 
   ParameterMap params;
   const std::string configurationWarning =
       LoadEncodeParameters(arguments_.configurationPath, params);
   if (!configurationWarning.empty()) Warning(configurationWarning);
-
-  const ChannelLayout source = SourceChannelLayout(reader);
-  const ChannelLayout stream = DecideStreamLayout(source, params);
-  const ChannelMapping mapping = MapChannels(source, stream);
-  for (const std::string& warning : mapping.warnings) Warning(inputName + ": " + warning);
-  if (!mapping.warnings.empty())
-    Note(
-        "a configuration file with \"ChannelConfiguration\" and \"EnableLFE\" matching the "
-        "input encodes every channel it has");
-  if (reader.GetSampleRate() != kEngineSampleRate)
-    Note(inputName +
-         Printf(" is sampled at %.0f Hz; resampling it to %.0f Hz (libsoxr, very high quality)",
-                reader.GetSampleRate(), kEngineSampleRate));
-
+  const ChannelLayout stream = DecideStreamLayout(reader, params);
+  if (WarnAboutInput(inputName, reader, stream, params))
+    Note("this command reads every WAV file the same way, as described above; \"ddhost "
+         "encode\" makes a stream from the file as it is meant (its channel layout, sample "
+         "format and sample rate)");
   const auto mode = static_cast<CodecMode>(GetParameter(kParameterID_CodecMode, params));
   WarnOnExtension(arguments_.outputPath, mode);
-  EncodeJob job(reader, output, mapping, stream.size());
-  if (!job.Run(mode, params)) return false;
-  reader.Close();
-  if (!output.Close() || output.HasFailed()) {
-    Error("writing the output file " + ToStdString(arguments_.outputPath) + " failed");
+
+  EncodeJob job(reader, output);
+  if (!job.Run(mode, params)) {
+    output.Close();
+    Error(outputName + (job.BytesWritten() == 0
+                            ? std::string(" holds nothing")
+                            : " holds only the " + std::to_string(job.BytesWritten()) +
+                                  " bytes encoded before the failure"));
     return false;
   }
+  reader.Close();
+  if (!output.Close() || output.HasFailed()) {
+    Error("writing the output file " + outputName + " failed");
+    return false;
+  }
+  ReportResult(arguments_.outputPath, job, params);
   if (!job.Frames().Consistent()) {
     Error("the encoder produced a stream that does not hold together");
     return false;
   }
-  succeeded = true;
-  ReportResult(arguments_.outputPath, job, params);
+  if (job.FramesMissing() > 0) {
+    ReportShrunkInput(inputName, outputName, job, reader.GetSampleRate());
+    return false;
+  }
   return true;
 }
 

@@ -1,5 +1,7 @@
-// Judges what the WAV reader found in a file for the Encode command: which problems make
-// the audio unusable, and which only deserve a word to the user.
+// What the Encode command tells the user about a WAV file before encoding it. The command
+// reads every file the same way (the reader's header walk, its sample conversion, no
+// resampling), so nothing here changes what is encoded: each warning says what in the file
+// is questionable and what the stream will hold because of it.
 #ifndef DOLBYDIGITAL_CONSOLE_WAV_INPUT_CHECK_H
 #define DOLBYDIGITAL_CONSOLE_WAV_INPUT_CHECK_H
 
@@ -10,13 +12,12 @@
 
 namespace dolbydigital {
 
-struct WavInputCheck {
-  std::vector<std::string> errors;    // the file cannot be encoded
-  std::vector<std::string> warnings;  // it can, but the user should know
-  bool Usable() const { return errors.empty(); }
-};
+// The sample rate of every stream the encoder writes.
+constexpr std::uint32_t kStreamSampleRate = 48000;
 
-WavInputCheck CheckWavInput(const WavReader& reader);
+// One line per questionable finding, in the order header, sample format, sample rate, data
+// length; empty for a file that is read as what it says it is.
+std::vector<std::string> CheckWavInput(const WavReader& reader);
 
 }  // namespace dolbydigital
 

@@ -1,69 +1,153 @@
 #include "console/wav_input_check.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "temp_dir.h"
+#include "wav_image.h"
 
 namespace dolbydigital {
 namespace {
 
-// A WAV file with the given format fields and `dataBytes` bytes of silence.
+using ddtest::WavImage;
+constexpr std::uint64_t kFourGiB = std::uint64_t{1} << 32;
+
 class WavInputCheckTest : public ::testing::Test {
  protected:
-  WavInputCheck Check(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate,
-                      std::uint16_t bits, std::uint32_t dataBytes = 4096) {
-    std::vector<std::uint8_t> b;
-    auto put = [&b](std::uint32_t v, int n) {
-      for (int i = 0; i < n; ++i) b.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-    };
-    for (const char* t : {"RIFF", "\0\0\0\0", "WAVE", "fmt "}) b.insert(b.end(), t, t + 4);
-    put(16, 4), put(tag, 2), put(channels, 2), put(rate, 4), put(0, 4), put(0, 2), put(bits, 2);
-    b.insert(b.end(), {'d', 'a', 't', 'a'});
-    put(dataBytes, 4);
-    b.resize(b.size() + dataBytes, 0);
-    const std::string path = dir_.File("x.wav");
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    std::fwrite(b.data(), 1, b.size(), f);
-    std::fclose(f);
-    WavReader reader(basalt::UTF8to16(path.c_str()));
+  // The warnings for `wav`, its file grown (sparse) to `fileSize` bytes when that is given.
+  std::vector<std::string> Check(const WavImage& wav, std::uint64_t fileSize = 0) {
+    const std::string path = dir_.File("in.wav");
+    EXPECT_TRUE(wav.Write(path));
+    if (fileSize) {
+      EXPECT_EQ(truncate(path.c_str(), static_cast<off_t>(fileSize)), 0);
+    }
+    const WavReader reader(basalt::UTF8to16(path.c_str()));
     return CheckWavInput(reader);
+  }
+  static WavImage Stereo16(std::size_t frames) {
+    WavImage wav;
+    wav.data.assign(frames * 4, 0);
+    return wav;
+  }
+  static std::string Joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const auto& line : lines) text += line + "\n";
+    return text;
   }
   ddtest::TempDir dir_{"wav_input_check"};
 };
 
-TEST_F(WavInputCheckTest, ReadableFormatsPass) {
-  EXPECT_TRUE(Check(1, 2, 48000, 16).Usable());
-  EXPECT_TRUE(Check(3, 6, 44100, 32).Usable());
-  const WavInputCheck pcm24 = Check(1, 1, 48000, 24);
-  EXPECT_TRUE(pcm24.Usable());
-  ASSERT_EQ(pcm24.warnings.size(), 1u);  // the reader's message, and that it reads on
-  EXPECT_NE(pcm24.warnings[0].find("Only 16bit PCM or 32bit Float supported"), std::string::npos);
+TEST_F(WavInputCheckTest, FilesReadAsWhatTheyAreDrawNoWarning) {
+  EXPECT_TRUE(Check(Stereo16(4800)).empty());
+  WavImage float51;
+  float51.tag = 0xFFFE, float51.channels = 6, float51.bits = 32, float51.mask = 0x3F;
+  float51.floatSubFormat = true;
+  float51.data.assign(6 * 4 * 100, 0);
+  EXPECT_TRUE(Check(float51).empty());
+  WavImage pcm24 = Stereo16(0);
+  pcm24.tag = 0xFFFE, pcm24.bits = 24, pcm24.mask = 0x3;
+  pcm24.data.assign(6 * 100, 0);
+  EXPECT_TRUE(Check(pcm24).empty());
+  WavImage trailing = Stereo16(100);  // a chunk after the audio is no disagreement
+  const auto list = WavImage::Chunk("LIST", std::vector<std::uint8_t>(10, 'x'));
+  trailing.data.insert(trailing.data.end(), list.begin(), list.end());
+  trailing.declared = 400;
+  EXPECT_TRUE(Check(trailing).empty());
 }
 
-TEST_F(WavInputCheckTest, AnEmptyRecordingEncodesButDamagedDataDoesNot) {
-  const WavInputCheck empty = Check(1, 2, 48000, 16, 0);
-  EXPECT_TRUE(empty.Usable());
-  ASSERT_EQ(empty.warnings.size(), 1u);
-  EXPECT_NE(empty.warnings[0].find("no audio"), std::string::npos);
-  EXPECT_FALSE(Check(1, 2, 48000, 16, 2).Usable());  // half a frame
+TEST_F(WavInputCheckTest, SamplesReadAsSomethingElseAreNamed) {
+  WavImage int32 = Stereo16(0);
+  int32.bits = 32;
+  int32.data.assign(8 * 100, 0);
+  EXPECT_EQ(Joined(Check(int32)),
+            "the samples are 32-bit integers; this command takes their bits as 32-bit float "
+            "unchanged (it does not convert them), so the stream holds noise, not the recording\n");
+  WavImage pcm8 = Stereo16(100);
+  pcm8.bits = 8;
+  EXPECT_EQ(Joined(Check(pcm8)),
+            "header: \"Only 16bit PCM or 32bit Float supported\"; its 8-bit samples are read as "
+            "16-bit integer samples all the same, so the stream holds noise, not the recording\n");
+  WavImage pcm24 = Stereo16(0);
+  pcm24.bits = 24;
+  pcm24.data.assign(6 * 100, 0);
+  EXPECT_EQ(Joined(Check(pcm24)),
+            "header: \"Only 16bit PCM or 32bit Float supported\"; its 24-bit samples are read as "
+            "24-bit integer samples all the same\n");
+  WavImage float64 = Stereo16(100);
+  float64.tag = 3, float64.bits = 64;
+  EXPECT_EQ(Joined(Check(float64)),
+            "the samples are 64-bit float; they are read as 16-bit integer samples, so the stream "
+            "holds noise, not the recording\n");
 }
 
-TEST_F(WavInputCheckTest, SamplesTheReaderWouldMisreadAreRefused) {
-  EXPECT_FALSE(Check(1, 2, 48000, 8).Usable());
-  EXPECT_FALSE(Check(1, 2, 48000, 32).Usable());  // integer bits would be taken for floats
-  EXPECT_FALSE(Check(3, 2, 48000, 64).Usable());
-  EXPECT_FALSE(Check(0x55, 2, 48000, 16).Usable());
+TEST_F(WavInputCheckTest, OtherRatesAreEncodedAsTheyAre) {
+  WavImage wav = Stereo16(44100);
+  wav.rate = 44100;
+  EXPECT_EQ(Joined(Check(wav)),
+            "the file is sampled at 44100 Hz; this command does not resample: its samples go into "
+            "a 48000 Hz stream as they are, which plays 1.088 times as fast and pitched "
+            "accordingly (0.919 s instead of 1.000 s)\n");
 }
 
-TEST_F(WavInputCheckTest, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
-  EXPECT_FALSE(Check(1, 0, 48000, 16).Usable());
-  EXPECT_FALSE(Check(1, 65535, 48000, 16).Usable());
-  EXPECT_FALSE(Check(1, 2, 1, 16).Usable());
-  EXPECT_FALSE(Check(1, 2, 4000000000u, 16).Usable());
+// Files over 4 GiB, made sparse: their sizes cannot be said in the data chunk's 32 bits.
+TEST_F(WavInputCheckTest, DataSizesThatDisagreeWithTheFileSayWhatIsEncoded) {
+  const std::uint64_t header = 44;
+  WavImage wrapped = Stereo16(48000);  // 4 GiB + 1 s of audio, the size wrapped to 1 s
+  EXPECT_EQ(Joined(Check(wrapped, header + kFourGiB + 192000)),
+            "the file holds 4295159296 bytes of audio (about 22370.621 s) but its data chunk "
+            "declares 192000 bytes (a 32-bit size that wrapped past 4 GiB): only the first "
+            "1.000 s are encoded\n");
+
+  WavImage saturated = Stereo16(0);
+  saturated.declared = 0xFFFFFFFF;
+  EXPECT_EQ(Joined(Check(saturated, header + kFourGiB + 192000)),
+            "the file holds 4295159296 bytes of audio (about 22370.621 s) but its data chunk "
+            "declares 4294967295 bytes (a size of 0xFFFFFFFF: the writer could not say the length "
+            "of a file over 4 GiB): only the first 22369.621 s are encoded\n");
+
+  WavImage rf64 = saturated;
+  rf64.riff = "RF64";
+  rf64.before = WavImage::Chunk("ds64", std::vector<std::uint8_t>(28, 0));
+  EXPECT_EQ(Joined(Check(rf64, header + 36 + kFourGiB + 192000)),
+            "the file holds 4295159296 bytes of audio (about 22370.621 s) but its data chunk "
+            "declares 4294967295 bytes (an RF64 file: its real sizes are in a \"ds64\" chunk this "
+            "command does not read): only the first 22369.621 s are encoded\n");
+
+  WavImage cut = Stereo16(48000);
+  cut.declared = 4 * 96000;
+  EXPECT_EQ(Joined(Check(cut)),
+            "the data chunk declares 384000 bytes (2.000 s) but the file holds only 192000 "
+            "(1.000 s): 1.000 s are encoded\n");
+}
+
+TEST_F(WavInputCheckTest, HeaderMessagesAreRepeatedWithWhatIsReadAllTheSame) {
+  WavImage odd = Stereo16(100);
+  odd.form = "AVI ";
+  odd.tag = 2;
+  odd.between = WavImage::Chunk("LIST", std::vector<std::uint8_t>(40, 0));
+  EXPECT_EQ(Joined(Check(odd)),
+            "header: \"Not a wave file\" (its form type is \"AVI \"); the file is read as a WAV "
+            "file all the same\n"
+            "header: \"Unknown format\" (format tag 0x0002 is neither integer PCM nor IEEE float); "
+            "its data is read as 16-bit integer samples all the same, so the stream holds "
+            "whatever those bytes give\n"
+            "header: \"Data chunk missing\" (a \"LIST\" chunk follows the \"fmt \" chunk where "
+            "\"data\" belongs); the \"LIST\" chunk's size is taken as the length of the audio and "
+            "its bytes as samples: the stream holds 0.000 s of them and none of the file's real "
+            "audio\n");
+  WavImage noFormat;
+  const std::string path = dir_.File("garbage.wav");
+  ASSERT_TRUE(noFormat.Write(path));
+  ASSERT_EQ(truncate(path.c_str(), 10), 0);
+  const WavReader reader(basalt::UTF8to16(path.c_str()));
+  EXPECT_EQ(Joined(CheckWavInput(reader)),
+            "header: \"Not a wave file\" (its form type is \"WA??\"); the file is read as a WAV "
+            "file all the same\n"
+            "the file has no \"fmt \" chunk: nothing in it is read as audio, and the stream holds "
+            "only the encoder's silence\n");
 }
 
 }  // namespace

@@ -80,6 +80,8 @@ void WavReader::RaiseHeaderMessage(const char* text) {
 void WavReader::WalkHeader() {
   std::uint8_t riff[12] = {};
   stream_->ReadBlock(riff, sizeof riff);  // "RIFF" and its size are not checked
+  riffTag_.assign(reinterpret_cast<const char*>(riff), 4);
+  formType_.assign(reinterpret_cast<const char*>(riff + 8), 4);
   if (std::memcmp(riff + 8, "WAVE", 4) != 0) RaiseHeaderMessage(kNotAWaveFile);
   if (!FindFormatChunk()) return;
   ReadFormat();
@@ -143,15 +145,32 @@ void WavReader::ReadDataChunkHeader() {
   const std::uint64_t fileSize = stream_->GetSize();
   const std::uint64_t inFile = fileSize > position ? fileSize - position : 0;
   availableLength_ = std::min<std::uint64_t>(dataLength_, inFile);
+  bytesAfterDataHeader_ = inFile;
+  // Chunks after the audio are common ("LIST", "id3 "); more audio than the 32-bit size can
+  // say is not followed by a chunk header. Odd-sized data is followed by a pad byte.
+  if (dataLength_ < inFile) {
+    followedByChunk_ = ChunkHeaderAt(position + dataLength_ + (dataLength_ & 1));
+    stream_->SetPosition(position);
+  }
 }
 
-std::size_t WavReader::BytesPerSample() const {
+bool WavReader::ChunkHeaderAt(std::uint64_t position) {
+  std::uint8_t header[8];
+  if (!stream_->SetPosition(position) || stream_->ReadBlock(header, sizeof header) != 8)
+    return false;
+  for (int i = 0; i < 4; ++i)
+    if (header[i] < 0x20 || header[i] > 0x7E) return false;
+  const std::uint64_t end = stream_->GetSize();
+  return position + 8 + LittleEndian32(header + 4) <= end;
+}
+
+std::size_t WavReader::GetBytesPerSample() const {
   const std::size_t bytes = bitsPerSample_ / 8;
   return bytes == 4 || bytes == 3 ? bytes : 2;
 }
 
 std::uint64_t WavReader::GetFrameCount() const {
-  const std::uint64_t frameBytes = static_cast<std::uint64_t>(channels_) * BytesPerSample();
+  const std::uint64_t frameBytes = static_cast<std::uint64_t>(channels_) * GetBytesPerSample();
   return frameBytes ? availableLength_ / frameBytes : 0;
 }
 
@@ -159,7 +178,7 @@ std::size_t WavReader::ReadFrames(float* const* planes, std::size_t frames) {
   if (!stream_ || channels_ == 0) return 0;
   const std::uint64_t remaining = GetFrameCount() - std::min(GetFrameCount(), dataRead_);
   frames = static_cast<std::size_t>(std::min<std::uint64_t>(frames, remaining));
-  const std::size_t sampleBytes = BytesPerSample();
+  const std::size_t sampleBytes = GetBytesPerSample();
   const std::size_t frameBytes = sampleBytes * channels_;
   readBuffer_.resize(frames * frameBytes);
   const std::size_t got = stream_->ReadBlock(readBuffer_.data(), readBuffer_.size()) / frameBytes;

@@ -34,6 +34,9 @@ class WavReader {
   std::uint16_t GetChannelCount() const { return channels_; }
   std::uint32_t GetSampleRate() const { return sampleRate_; }
   std::uint16_t GetBitsPerSample() const { return bitsPerSample_; }
+  // The bytes each sample takes as read: 4 (float bits), 3 (24-bit) or 2 (16-bit, also for
+  // every other declared size).
+  std::size_t GetBytesPerSample() const;
   // 1 channel: mono; 2: stereo; any other count: broadcast 5.1, whatever the count is.
   const ChannelLayout& GetChannelLayout() const { return layout_; }
   std::uint16_t GetFormatTag() const { return formatTag_; }
@@ -42,11 +45,19 @@ class WavReader {
   // The extensible format's speaker mask; 0 for the other formats.
   std::uint32_t GetChannelMask() const { return channelMask_; }
   bool HasFormatChunk() const { return hasFormat_; }
+  // The file's first tag ("RIFF", or "RF64" for the 64-bit variant) and its form type.
+  const std::string& GetRiffTag() const { return riffTag_; }
+  const std::string& GetFormType() const { return formType_; }
 
   // The data chunk's length as the header declares it.
   std::uint32_t GetDataLength() const { return dataLength_; }
   // What of it the file really holds (less when the file is cut short).
   std::uint64_t GetAvailableDataLength() const { return availableLength_; }
+  // How many bytes the file holds after the data chunk's size field, whatever the size says.
+  std::uint64_t GetBytesAfterDataHeader() const { return bytesAfterDataHeader_; }
+  // Whether a well-formed chunk header follows the declared data (a chunk after the audio),
+  // as opposed to more bytes of audio than the size field can say.
+  bool IsDeclaredDataFollowedByChunk() const { return followedByChunk_; }
   // Whole sample frames in the available data.
   std::uint64_t GetFrameCount() const;
   // The id of the chunk found where "data" was expected ("data" when all is well).
@@ -64,8 +75,8 @@ class WavReader {
   bool FindFormatChunk();
   void ReadFormat();
   void ReadDataChunkHeader();
+  bool ChunkHeaderAt(std::uint64_t position);
   void RaiseHeaderMessage(const char* text);
-  std::size_t BytesPerSample() const;
 
   std::unique_ptr<basalt::filesupport::IPlatformByteStream> stream_;
   std::uint16_t channels_ = 0;
@@ -78,6 +89,9 @@ class WavReader {
   ChannelLayout layout_;
   std::uint32_t dataLength_ = 0;
   std::uint64_t availableLength_ = 0;
+  std::uint64_t bytesAfterDataHeader_ = 0;
+  bool followedByChunk_ = false;
+  std::string riffTag_, formType_;
   std::uint64_t dataRead_ = 0;
   std::string chunkAfterFormat_;
   std::vector<std::string> messages_;

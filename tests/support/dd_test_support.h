@@ -10,5 +10,6 @@
 #include "signals.h"
 #include "temp_dir.h"
 #include "wav_file.h"
+#include "wav_image.h"
 
 #endif  // DD_TESTS_SUPPORT_DD_TEST_SUPPORT_H
