@@ -319,9 +319,9 @@ bool EncodeCommand::Run() {
   if (!configurationWarning.empty()) Warning(configurationWarning);
   const ChannelLayout stream = DecideStreamLayout(reader, params);
   if (WarnAboutInput(inputName, reader, stream, params))
-    Note("this command reads every WAV file the same way, as described above; \"ddhost "
-         "encode\" makes a stream from the file as it is meant (its channel layout, sample "
-         "format and sample rate)");
+    Note("note: this command reads every WAV file the one fixed way described above; for a "
+         "stream made from the file as it is meant (its channel layout, header, sample format "
+         "and sample rate), use \"ddhost encode\"");
   const auto mode = static_cast<CodecMode>(GetParameter(kParameterID_CodecMode, params));
   WarnOnExtension(arguments_.outputPath, mode);
 
