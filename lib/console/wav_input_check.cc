@@ -94,9 +94,10 @@ void CheckHeader(const WavReader& reader, std::vector<std::string>& warnings) {
     warnings.push_back(
         "header: " + Quoted(WavReader::kDataChunkMissing) + " (a " + id +
         " chunk follows the \"fmt \" chunk where \"data\" belongs); the " + id +
-        " chunk's size is taken as the length of the audio and its bytes as samples: the stream "
-        "holds " + Duration(reader, reader.GetAvailableDataLength()) +
-        " of them and none of the file's real audio");
+        Format(" chunk's size (%.0f bytes) is taken as the length of the audio and its bytes as "
+               "samples: the stream holds those %.0f frames (",
+               reader.GetDataLength(), static_cast<double>(reader.GetFrameCount())) +
+        Duration(reader, reader.GetAvailableDataLength()) + ") and none of the file's real audio");
   }
   if (reader.GetChannelCount() == 0)
     warnings.push_back(

@@ -135,9 +135,9 @@ TEST_F(WavInputCheckTest, HeaderMessagesAreRepeatedWithWhatIsReadAllTheSame) {
             "its data is read as 16-bit integer samples all the same, so the stream holds "
             "whatever those bytes give\n"
             "header: \"Data chunk missing\" (a \"LIST\" chunk follows the \"fmt \" chunk where "
-            "\"data\" belongs); the \"LIST\" chunk's size is taken as the length of the audio and "
-            "its bytes as samples: the stream holds 0.000 s of them and none of the file's real "
-            "audio\n");
+            "\"data\" belongs); the \"LIST\" chunk's size (40 bytes) is taken as the length of "
+            "the audio and its bytes as samples: the stream holds those 10 frames (0.000 s) and "
+            "none of the file's real audio\n");
   WavImage noFormat;
   const std::string path = dir_.File("garbage.wav");
   ASSERT_TRUE(noFormat.Write(path));
