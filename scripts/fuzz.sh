@@ -27,7 +27,9 @@ for target in "${targets[@]}"; do
   corpus=$build/fuzz-corpus/$target
   findings=$build/fuzz-findings/$target/$run
   log=$build/fuzz-logs/$target.log
-  mkdir -p "$corpus" "$findings" "$(dirname "$log")" "fuzz/regressions/$target"
+  mkdir -p "$corpus" "$findings" "$(dirname "$log")"
+  inputs=("$corpus" "$build/fuzz-seeds/$target")
+  [ -d "fuzz/regressions/$target" ] && inputs+=("fuzz/regressions/$target")
   echo "== $target: ${seconds}s"
   status=0
   # The Encode command reports on stderr for every input; keep the log to libFuzzer's own.
@@ -36,7 +38,7 @@ for target in "${targets[@]}"; do
   "$build/bin/$target" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 \
     -dict="fuzz/dictionaries/$target.dict" -artifact_prefix="$findings/" \
     -print_final_stats=1 "${quiet[@]}" \
-    "$corpus" "$build/fuzz-seeds/$target" "fuzz/regressions/$target" >"$log" 2>&1 || status=$?
+    "${inputs[@]}" >"$log" 2>&1 || status=$?
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
   if [ -z "$executions" ]; then  # stopped by a finding before the final statistics
     executions=$(sed -n 's/^#\([0-9]*\).*/\1/p' "$log" | tail -n 1)
