@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "output_channel_modes.h"
+
 namespace ddpi::udc {
 namespace {
 
@@ -51,9 +53,20 @@ void DescribeChannels(SliceMetadata* out) {
   std::uint16_t map = base;
   for (int i = out->first_frame + 1; i < out->end_frame; ++i)
     map |= bitstream::DependentChannelMap(out->frames[i]);
+  int mode = OutputModeOfChannelMap(map);
+  if (mode == kNoOutputMode) {
+    // The dependent substreams extend the programme into a set of channels that no output
+    // mode carries (damaged or hostile data, mostly): a host could not lay them out. The
+    // independent substream is a complete programme on its own, so that is what is
+    // described and decoded.
+    out->end_frame = out->first_frame + 1;
+    map = base;
+    mode = main.header.acmod;
+  }
   ts.channel_map = map;
   ts.lfe_present = map & 1;
-  ts.output_channel_mode = map == base ? main.header.acmod : DDPI_UDC_OUTPUT_MODE_AS_CODED;
+  // Substreams that together make a coding mode's channels are reported as that mode.
+  ts.output_channel_mode = mode < 8 ? mode : DDPI_UDC_OUTPUT_MODE_AS_CODED;
 }
 
 }  // namespace

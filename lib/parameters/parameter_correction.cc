@@ -23,6 +23,14 @@ int CorrectedValue(int value, const ParameterValueSet& values, int defaultValue,
 
 // Checks one parameter against the working map; parameters that do not apply leave it.
 void CorrectParameter(ParameterID id, const ChannelLayout& layout, ParameterMap& working) {
+  // Every domain is read for the map's codec mode. A mode the engine has no mode for (say
+  // a setting stored by a newer version, or a damaged file) applies nowhere, so the walk
+  // removes the codec mode itself first; from then on no parameter applies either, and
+  // asking GetParameterInfo about a map without a mode would throw instead of saying so.
+  if (working.count(kParameterID_CodecMode) == 0) {
+    working.erase(id);
+    return;
+  }
   const int value = GetParameter(id, working);
   ParameterValueSet values;
   int defaultValue = 0;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "parameters/parameter_test_support.h"
 
 namespace dolbydigital {
@@ -79,6 +81,25 @@ TEST(VerifyAndCorrectParameter, LaterParametersSeeEarlierCorrections) {
   ASSERT_TRUE(VerifyAndCorrectParameter(Layout({102}), map));
   EXPECT_EQ(map[kParameterID_ChannelConfiguration], 1);
   EXPECT_EQ(map[kParameterID_DataRate], 48) << "1/0 allows rates from 32";
+}
+
+TEST(VerifyAndCorrectParameter, ACodecModeWithoutAnEngineModeLeavesNothingThatApplies) {
+  // A stored setting from a newer or damaged file: the mode applies nowhere, so neither
+  // does anything read for it. The correction removes them all instead of throwing.
+  for (int mode : {6, 4, -1, -2}) {
+    ParameterMap map = Defaults(kCodecMode_DolbyDigitalPlus);
+    map[kParameterID_CodecMode] = mode;
+    ASSERT_NO_THROW(EXPECT_TRUE(VerifyAndCorrectParameter(kStereo, map))) << mode;
+    EXPECT_TRUE(map.empty()) << mode;
+    ASSERT_NO_THROW(EXPECT_TRUE(VerifyAndCorrectParameter(kSurround51, map))) << mode;
+    EXPECT_TRUE(map.empty()) << "a map without a mode stays without parameters";
+  }
+  // Asked directly, the domain of a map without a mode is still a checked lookup.
+  ParameterValueSet values;
+  int defaultValue, lowest, highest;
+  EXPECT_THROW(GetParameterInfo(kParameterID_DataRate, ParameterMap(), values, defaultValue,
+                                lowest, highest, kStereo),
+               std::out_of_range);
 }
 
 TEST(GetParameterDependency, WhatToCheckAgainAfterAChange) {

@@ -128,6 +128,18 @@ TEST(DeSerializeParameterMap, NegativeValuesSurviveAndModeAndConfigurationAreTak
   EXPECT_EQ(map.at(kParameterID_RoomType), -7);
 }
 
+TEST(DeSerializeParameterMap, AModeFromANewerVersionIsReadAndThenCorrectedWithoutThrowing) {
+  // The mode is taken as read; correcting the map for a stereo source must not throw.
+  ParameterMap map = Read("{\"CodecMode\": 6}");
+  EXPECT_EQ(map.at(kParameterID_CodecMode), 6);
+  ChannelLayout stereo;
+  stereo.push_back(tidemark::AudioChannelDescription(static_cast<tidemark::AudioChannelLabel>(100)));
+  stereo.push_back(tidemark::AudioChannelDescription(static_cast<tidemark::AudioChannelLabel>(101)));
+  bool corrected = false;
+  EXPECT_NO_THROW(corrected = VerifyAndCorrectParameter(stereo, map));
+  EXPECT_TRUE(corrected);
+}
+
 TEST(DeSerializeParameterMap, OutOfDomainValuesAreCorrected) {
   const ParameterMap map =
       Read("{\"CodecMode\": 1, \"DataRate\": 500, \"LoRo_CenterMixLevel\": 12, \"PeakMixLevel\": 300, "

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -152,7 +153,10 @@ UTF16String File::GetFullPath() const {
 
 struct IPlatformByteStream::Impl {
   int fd = -1;
-  std::vector<unsigned char> buffer;
+  // Left uninitialised: pages a small file never reaches are never touched (zeroing the
+  // whole 2 MiB cost more than reading most files).
+  std::unique_ptr<unsigned char[]> buffer;
+  std::size_t buffer_size = 0;
   std::uint64_t buffer_offset = 0;  // file offset of buffer[0]
   std::size_t buffer_fill = 0;      // valid bytes in buffer
   std::uint64_t position = 0;       // logical read position
@@ -162,12 +166,13 @@ struct IPlatformByteStream::Impl {
   }
   void Refill() {
     buffer_offset = position;
-    buffer_fill = ReadFully(fd, buffer.data(), buffer.size(), position);
+    buffer_fill = ReadFully(fd, buffer.get(), buffer_size, position);
   }
 };
 
 IPlatformByteStream::IPlatformByteStream(const File& file, std::size_t buffer_size) : impl_(new Impl()) {
-  impl_->buffer.resize(buffer_size == 0 ? kDefaultStreamBuffer : buffer_size);
+  impl_->buffer_size = buffer_size == 0 ? kDefaultStreamBuffer : buffer_size;
+  impl_->buffer.reset(new unsigned char[impl_->buffer_size]);
   impl_->fd = OpenDescriptor(NativePath(file.GetPath()), O_RDONLY);
   struct stat info;
   if (impl_->fd >= 0 && (::fstat(impl_->fd, &info) != 0 || S_ISDIR(info.st_mode))) Close();
@@ -187,7 +192,7 @@ std::size_t IPlatformByteStream::ReadBlock(void* destination, std::size_t size) 
   while (done < size) {
     if (!impl_->InBuffer(impl_->position)) {
       // Requests at least a buffer long bypass the buffer instead of copying twice.
-      if (size - done >= impl_->buffer.size()) {
+      if (size - done >= impl_->buffer_size) {
         const std::size_t got = ReadFully(impl_->fd, out + done, size - done, impl_->position);
         impl_->position += got;
         return done + got;
@@ -197,7 +202,7 @@ std::size_t IPlatformByteStream::ReadBlock(void* destination, std::size_t size) 
     }
     const std::size_t offset = static_cast<std::size_t>(impl_->position - impl_->buffer_offset);
     const std::size_t chunk = std::min(size - done, impl_->buffer_fill - offset);
-    std::memcpy(out + done, impl_->buffer.data() + offset, chunk);
+    std::memcpy(out + done, impl_->buffer.get() + offset, chunk);
     done += chunk;
     impl_->position += chunk;
   }
@@ -236,14 +241,15 @@ void IPlatformByteStream::Close() {
 
 struct OPlatformByteStream::Impl {
   int fd = -1;
-  std::vector<unsigned char> buffer;
+  std::unique_ptr<unsigned char[]> buffer;  // uninitialised, as for reading
+  std::size_t buffer_size = 0;
   std::size_t buffer_fill = 0;
   std::uint64_t flushed_position = 0;  // file offset where the buffer's bytes go
   bool failed = false;
 
   bool Flush() {
     if (buffer_fill == 0) return !failed;
-    if (!WriteFully(fd, buffer.data(), buffer_fill, flushed_position)) failed = true;
+    if (!WriteFully(fd, buffer.get(), buffer_fill, flushed_position)) failed = true;
     flushed_position += buffer_fill;
     buffer_fill = 0;
     return !failed;
@@ -251,7 +257,8 @@ struct OPlatformByteStream::Impl {
 };
 
 OPlatformByteStream::OPlatformByteStream(const File& file, std::size_t buffer_size) : impl_(new Impl()) {
-  impl_->buffer.resize(buffer_size == 0 ? kDefaultStreamBuffer : buffer_size);
+  impl_->buffer_size = buffer_size == 0 ? kDefaultStreamBuffer : buffer_size;
+  impl_->buffer.reset(new unsigned char[impl_->buffer_size]);
   impl_->fd = OpenDescriptor(NativePath(file.GetPath()), O_WRONLY | O_CREAT | O_TRUNC);
 }
 
@@ -266,13 +273,13 @@ bool OPlatformByteStream::WriteBlock(const void* data, std::size_t size) {
   if (!IsOpen()) return false;
   if (size == 0) return true;
   const auto* bytes = static_cast<const unsigned char*>(data);
-  if (impl_->buffer_fill + size <= impl_->buffer.size()) {
-    std::memcpy(impl_->buffer.data() + impl_->buffer_fill, bytes, size);
+  if (impl_->buffer_fill + size <= impl_->buffer_size) {
+    std::memcpy(impl_->buffer.get() + impl_->buffer_fill, bytes, size);
     impl_->buffer_fill += size;
     return true;
   }
   if (!impl_->Flush()) return false;
-  if (size >= impl_->buffer.size()) {
+  if (size >= impl_->buffer_size) {
     if (!WriteFully(impl_->fd, bytes, size, impl_->flushed_position)) {
       impl_->failed = true;
       return false;
@@ -280,7 +287,7 @@ bool OPlatformByteStream::WriteBlock(const void* data, std::size_t size) {
     impl_->flushed_position += size;
     return true;
   }
-  std::memcpy(impl_->buffer.data(), bytes, size);
+  std::memcpy(impl_->buffer.get(), bytes, size);
   impl_->buffer_fill = size;
   return true;
 }
