@@ -6,6 +6,7 @@
 #include "basalt/string.h"
 #include "dolbydigital/decoder.h"
 #include "dolbydigital/parameters.h"
+#include "engine_check.h"
 #include "stream_reader.h"
 #include "tidemark/audio_channel.h"
 #include "tool.h"
@@ -27,6 +28,7 @@ int RunInfo(const std::vector<std::string>& args) {
     std::fprintf(stderr, "usage: ddhost info IN\n");
     return 2;
   }
+  if (!ddhost::RequireEngine("ddhost info")) return 1;
   StreamReader reader(args[0]);
   if (!reader.IsOpen()) {
     std::fprintf(stderr, "ddhost info: cannot open %s\n", args[0].c_str());
