@@ -2,6 +2,7 @@
 // library into a sound file (WAV by default) whose channels are stored in the order of their
 // speaker positions and labelled with them, so that every other program plays each channel
 // from its own speaker.
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -82,11 +83,14 @@ int RunDecode(const std::vector<std::string>& args) {
   std::vector<float*> pointers(channels);
   for (std::size_t c = 0; c < channels; ++c) pointers[c] = planes[c].data();
   ProgressBar progress("Decoding");
+  // A container says how long the programme is; the padding of its last frame is dropped.
+  const std::uint64_t declared = source->DeclaredSamples(rate);
   std::uint64_t written = 0;
   bool more = true;
   while (more) {
     std::size_t frames = kBlockFrames;
     more = decoder.Decode(pointers.data(), channels, frames, code);
+    if (declared && written + frames > declared) frames = static_cast<std::size_t>(declared - std::min(declared, written));
     if (frames && !writer->Write(pointers.data(), frames, error))
       return progress.Finish(), Fail("cannot write " + a.out + ": " + error);
     written += frames;

@@ -87,14 +87,16 @@ std::string LayoutText(const ChannelLayout& layout) {
 // The settings of this export. The user's --set values go in configuration first (codec
 // mode, then channel configuration and LFE), so that the other values are checked against
 // the domains of the configuration they will be encoded in.
+// `usage` is set when the command line itself is wrong (a bad --set).
 bool BuildSettings(const EncodeArguments& a, int impliedMode, const ChannelLayout& sourceLayout,
-                   ParameterMap& map, ChannelLayout& targetLayout, std::string& error) {
+                   ParameterMap& map, ChannelLayout& targetLayout, std::string& error, bool& usage) {
   GetDefaults(static_cast<CodecMode>(impliedMode >= 0 ? impliedMode : kCodecMode_DolbyDigitalPlus), map);
   if (!a.settings.empty()) {
     bool hasCodecMode = false;
     if (!ReadSettingsFile(a.settings, map, hasCodecMode, error)) return false;
     if (!hasCodecMode && impliedMode >= 0) map[kParameterID_CodecMode] = impliedMode;
   }
+  usage = true;
   const ChannelLayout none;
   const ParameterID configuration[] = {kParameterID_CodecMode, kParameterID_ChannelConfiguration,
                                        kParameterID_EnableLFE};
@@ -114,15 +116,21 @@ bool BuildSettings(const EncodeArguments& a, int impliedMode, const ChannelLayou
   const bool pinned = SetsKey(a.sets, kParameterID_ChannelConfiguration);
   targetLayout = pinned ? GetAudioChannelLayout(map) : sourceLayout;
   if (pinned && targetLayout.empty())
-    return error = "the pinned ChannelConfiguration has no channel layout", false;
+    return error = "the ChannelConfiguration given has no channel layout", false;
+  // The other values are checked against the domains they will have once the map is
+  // corrected for the layout (a stereo programme allows lower data rates than 3/2).
+  ParameterMap corrected = map;
+  VerifyAndCorrectParameter(targetLayout, corrected);
   for (const std::string& s : a.sets) {
     ParameterID found;
-    if (!FindParameterByKey(KeyOf(s), found)) return ApplySetting(s, map, targetLayout, error);
+    if (!FindParameterByKey(KeyOf(s), found)) return ApplySetting(s, corrected, targetLayout, error);
     if (found == kParameterID_CodecMode || found == kParameterID_ChannelConfiguration ||
         found == kParameterID_EnableLFE)
       continue;
-    if (!ApplySetting(s, map, targetLayout, error)) return false;
+    if (!ApplySetting(s, corrected, targetLayout, error)) return false;
+    map[found] = corrected[found];
   }
+  usage = false;
   return true;
 }
 
@@ -182,7 +190,9 @@ int RunEncode(const std::vector<std::string>& args) {
 
   ParameterMap map;
   ChannelLayout target;
-  if (!BuildSettings(a, impliedMode, fold.layout, map, target, error)) return Fail(error);
+  bool usage = false;
+  if (!BuildSettings(a, impliedMode, fold.layout, map, target, error, usage))
+    return Fail(error) + (usage ? 1 : 0);
   if (a.dialnormAuto && !SetDialNormFromLoudness(*reader, target, map, error)) return Fail(error);
   const ParameterMap before = map;
   if (!VerifyAndCorrectParameter(target, map))
@@ -255,10 +265,10 @@ int RunEncode(const std::vector<std::string>& args) {
   if (!writer->Write(bytes.data(), bytes.size(), error) || !writer->Finish(encodedSamples, error) ||
       !output->Commit(error))
     return Fail("cannot write " + a.out + ": " + error);
-  std::printf("wrote %s: %s, %s %s, %d kbps, %s, %llu samples per channel (%.3f s)\n", a.out.c_str(),
+  std::printf("wrote %s: %s, %s%s, %d kbps, %s, %llu samples per channel (%.3f s)\n", a.out.c_str(),
               Text(GetNameForValue(kParameterID_CodecMode, mode, map)).c_str(),
               Text(GetNameForValue(kParameterID_ChannelConfiguration, GetParameter(kParameterID_ChannelConfiguration, map), map)).c_str(),
-              GetParameter(kParameterID_EnableLFE, map) > 0 ? "+ LFE" : "", GetParameter(kParameterID_DataRate, map),
+              GetParameter(kParameterID_EnableLFE, map) > 0 ? " + LFE" : "", GetParameter(kParameterID_DataRate, map),
               writer->Kind().c_str(), static_cast<unsigned long long>(encodedSamples),
               double(encodedSamples) / kEncoderRate);
   return 0;

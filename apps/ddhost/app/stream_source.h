@@ -4,6 +4,7 @@
 #ifndef DDHOST_STREAM_SOURCE_H
 #define DDHOST_STREAM_SOURCE_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -18,6 +19,9 @@ class StreamSource {
   virtual bool ReachedEnd() const = 0;    // the end of the data, not a read failure
   virtual double Progress() const = 0;    // 0..1 through the input
   virtual dolbydigital::ReadCallbackPtr Callback() = 0;
+  // The programme's length in samples per channel at `rate` when the input declares it (a
+  // container's duration, which leaves out the padding of the last frame); 0 when unknown.
+  virtual std::uint64_t DeclaredSamples(int rate) const { return 0; }
 };
 
 // Opens `path`: a container when it is one that libavformat recognises as MP4 or Matroska,
