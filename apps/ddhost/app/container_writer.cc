@@ -89,16 +89,13 @@ class ContainerWriter : public StreamWriter {
     std::memcpy(packet->data, unit.bytes.data(), unit.bytes.size());
     packet->stream_index = stream_->index;
     packet->pts = packet->dts = static_cast<int64_t>(start);
+    // The last packet lasts only as long as the programme still runs: MP4 turns that into the
+    // last sample's duration and an edit list, Matroska into the block's duration and the
+    // segment's length. (A skip-samples mark is not used: FFmpeg's AC-3 parser moves it onto
+    // the packet before when it reads the file back, cutting real audio.)
     packet->duration = unit.samples - static_cast<int64_t>(padding);
-    packet->flags |= AV_PKT_FLAG_KEY;
-    if (padding > 0) {
-      // Skip-samples side data: 32-bit samples to drop at the start, then at the end.
-      if (std::uint8_t* side = av_packet_new_side_data(packet, AV_PKT_DATA_SKIP_SAMPLES, 10)) {
-        std::memset(side, 0, 10);
-        AV_WL32(side + 4, static_cast<std::uint32_t>(padding));
-      }
-    }
     av_packet_rescale_ts(packet, AVRational{1, rate_}, stream_->time_base);
+
     const int result = av_interleaved_write_frame(context_, packet);
     av_packet_free(&packet);
     if (result < 0) return error = AvError(result), false;

@@ -10,6 +10,7 @@
 
 #include "basalt/string.h"
 #include "dolbydigital/decoder.h"
+#include "dolbydigital/parameters.h"
 #include "engine_check.h"
 #include "output_file.h"
 #include "progress_bar.h"
@@ -70,7 +71,10 @@ int RunDecode(const std::vector<std::string>& args) {
   // The probe consumed the stream's first bytes; start over so that no audio is lost.
   if (!source->Rewind()) return Fail("cannot rewind " + a.in);
 
-  const dolbydigital::ChannelLayout layout = decoder.GetAudioChannelLayout();
+  dolbydigital::ChannelLayout layout = decoder.GetAudioChannelLayout();
+  // Two independent programmes (1+1) are two channels without speaker positions.
+  if (dolbydigital::GetAudioChannelConfiguration(layout) == dolbydigital::kAudioChannelConfiguration_Acmod_11)
+    layout = dolbydigital::GetAudioChannelLayout(dolbydigital::kAudioChannelConfiguration_Acmod_11, false);
   const std::size_t channels = layout.size();
   const int rate = decoder.GetSampleRate();
   if (channels == 0 || rate <= 0) return Fail(a.in + ": the stream reports no channels");

@@ -74,6 +74,14 @@ StoredOrder StoredOrderFor(const dolbydigital::ChannelLayout& layout) {
     order.positions = {SF_CHANNEL_MAP_MONO};
     return order;
   }
+  // Unlabelled channels (dual mono) are stored as players expect two channels: left, right.
+  bool unlabelled = true;
+  for (const auto& channel : layout) unlabelled = unlabelled && channel.label == 0;
+  if (unlabelled && layout.size() == 2) {
+    order.hasPositions = true;
+    order.positions = {SF_CHANNEL_MAP_FRONT_LEFT, SF_CHANNEL_MAP_FRONT_RIGHT};
+    return order;
+  }
   std::vector<int> taken;
   for (const auto& channel : layout) {
     int chosen = SF_CHANNEL_MAP_INVALID;
