@@ -52,7 +52,8 @@ class HostBadInput : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(WriteWav(In("good.wav"), SpeechForLayout(2, false, 24000), WavFormat::kPcm16));
-    ASSERT_EQ(RunDdhost({"encode", In("good.wav"), In("good.ec3")}).exit_code, 0);
+    WriteText(In("stereo.json"), "{\"ChannelConfiguration\": 2, \"EnableLFE\": 0}");
+    ASSERT_EQ(RunEncode(In("good.wav"), In("good.ec3"), In("stereo.json")).exit_code, 0);
     ASSERT_EQ(mkdir(out_.path().c_str(), 0755), 0);
   }
   std::string In(const std::string& name) const { return in_.File(name); }
