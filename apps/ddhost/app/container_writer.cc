@@ -173,7 +173,12 @@ std::unique_ptr<StreamWriter> OpenContainerWriter(OutputFile& output, const char
   stream->time_base = AVRational{1, format.rate};
   result = avio_open(&context->pb, output.TemporaryPath().c_str(), AVIO_FLAG_WRITE);
   if (result < 0) return error = "cannot write " + output.Target() + ": " + AvError(result), nullptr;
-  result = avformat_write_header(context, nullptr);
+  // MP4's movie-level durations (mvhd, tkhd, the edit list) in samples rather than in the
+  // default milliseconds, so that they state the programme's length exactly.
+  AVDictionary* options = nullptr;
+  if (kind == "MP4") av_dict_set_int(&options, "movie_timescale", format.rate, 0);
+  result = avformat_write_header(context, &options);
+  av_dict_free(&options);
   if (result < 0) return error = "cannot write the " + kind + " header: " + AvError(result), nullptr;
   return writer;
 }
