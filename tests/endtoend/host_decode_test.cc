@@ -12,7 +12,7 @@
 namespace ddtest {
 namespace {
 
-constexpr std::size_t kFrames = 48000 + 333;
+constexpr std::size_t kFrames = 24000 + 333;
 
 struct Configuration {
   const char* name;

@@ -14,7 +14,7 @@
 namespace ddtest {
 namespace {
 
-constexpr std::size_t kFrames = 2 * 48000 + 777;  // not a whole number of frames
+constexpr std::size_t kFrames = 48000 + 777;  // not a whole number of frames
 
 ProcessResult Ffmpeg(const std::vector<std::string>& args) {
   std::vector<std::string> argv{"ffmpeg", "-v", "error", "-y"};
