@@ -153,15 +153,19 @@ TEST(HostExport, Mp4AndMatroskaCarryTheStreamAsItIsWithItsRealLength) {
     // Nothing beyond the last frame the programme needs.
     EXPECT_GE(decoded.audio.frames(), kFrames);
     EXPECT_LT(decoded.audio.frames(), kFrames + 1536);
+    // ddhost decode takes the container's track through the library's decoder.
+    const ProcessResult back = RunDdhost({"decode", dir.File(name), dir.File(std::string(name) + ".wav")});
+    ASSERT_EQ(back.exit_code, 0) << back.stderr_text;
+    const DecodeResult wav = DecodeFile(dir.File(std::string(name) + ".wav"));
+    ASSERT_EQ(wav.channels, 6);
+    EXPECT_GE(wav.audio.frames(), kFrames);
+    EXPECT_LT(wav.audio.frames(), kFrames + 1536);
   }
   // MP4 states the programme's exact length (the last sample's duration and the edit list);
   // ddhost's own decode of it keeps exactly that many samples.
   EXPECT_NEAR(std::atof(ProbeFile(dir.File("out.mp4")).stream.value("duration", "0").c_str()),
               kFrames / 48000.0, 0.0005);
-  const ProcessResult back = RunDdhost({"decode", dir.File("out.mp4"), dir.File("back.wav")});
-  ASSERT_EQ(back.exit_code, 0) << back.stderr_text;
-  EXPECT_NE(back.stdout_bytes.find(std::to_string(kFrames) + " samples per channel"), std::string::npos)
-      << back.stdout_bytes;
+  EXPECT_EQ(DecodeFile(dir.File("out.mp4.wav")).audio.frames(), kFrames);
 }
 
 // The measured values of loudnorm's first pass, from the JSON it prints on stderr.

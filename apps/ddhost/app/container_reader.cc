@@ -109,10 +109,10 @@ bool ContainerReader::Read(std::uint8_t* buffer, std::size_t& size) {
 std::uint64_t ContainerReader::DeclaredSamples(int rate) const {
   if (!context_ || track_ < 0) return 0;
   const AVStream* stream = context_->streams[track_];
-  int64_t samples = 0;
-  if (stream->duration > 0) samples = av_rescale_q(stream->duration, stream->time_base, AVRational{1, rate});
-  else if (context_->duration > 0) samples = av_rescale_q(context_->duration, AV_TIME_BASE_Q, AVRational{1, rate});
-  return samples > 0 ? static_cast<std::uint64_t>(samples) : 0;
+  // Only a track duration counted in samples is exact (MP4's media time scale is the sample
+  // rate); Matroska's millisecond timestamps could cut the last few samples.
+  if (stream->duration <= 0 || stream->time_base.num != 1 || stream->time_base.den != rate) return 0;
+  return static_cast<std::uint64_t>(stream->duration);
 }
 
 dolbydigital::ReadCallbackPtr ContainerReader::Callback() {
