@@ -11,6 +11,10 @@ packages=(
   libavcodec-dev libavutil-dev           # the engine's decoder (AC-3 / E-AC-3)
   ffmpeg                                 # independent reference decoder in tests and benchmarks
   libsoxr-dev                            # resampling of non-48 kHz WAV input
+  libsndfile1-dev                        # ddhost encode/decode: WAV, RF64, W64, AIFF, FLAC, CAF files
+  libavformat-dev                        # ddhost encode/decode: MP4 and Matroska
+  libebur128-dev                         # ddhost encode --dialnorm auto: BS.1770 loudness
+  sox                                    # tests: files written by another program
   alsa-utils                             # speech recordings used as real test content
   clang libclang-rt-14-dev               # libFuzzer targets
 )

@@ -1,5 +1,7 @@
 // The ddhost application: registers the library's commands and self-checks, runs what the
 // command line asks for, and unregisters them again before the library is unloaded.
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -10,6 +12,7 @@
 #include "basalt/string.h"
 #include "dolbydigital/registration.h"
 #include "moduledepot/codec_module_loader.h"
+#include "signal_cleanup.h"
 #include "tool.h"
 
 namespace {
@@ -28,32 +31,83 @@ void PrintUsage() {
               "                         dolbydigital.Encode -cfg=my.json -in=in.wav -out=out.ec3\n");
 }
 
-// Words after a console command's name form its argument text, joined by blanks. The
-// command reports its own errors; an exception escaping it is reported here, so that a
-// failing command always ends with a message and a non-zero exit code.
+// The file a console command is told to write ("-out=PATH", the form of the library's
+// Encode command), or empty.
+std::string OutputPathOf(const std::vector<std::string>& words) {
+  for (const std::string& w : words)
+    if (w.rfind("-out=", 0) == 0 && w.size() > 5) return w.substr(5);
+  return std::string();
+}
+
+// The command writes its output itself, under its final name. An interrupted or failed run
+// would leave a shorter file of whole frames that looks finished, so ddhost removes what
+// the run wrote (a file that was there before and was not touched stays).
+class CommandOutputGuard {
+ public:
+  explicit CommandOutputGuard(const std::string& path)
+      : slot_(path.empty() ? -1 : ddhost::RemoveOnSignal(path, true)) {}
+  ~CommandOutputGuard() { ddhost::ForgetOnSignal(slot_); }
+  void RemoveWhatTheRunWrote(const std::string& path) {
+    if (path.empty()) return;
+    ddhost::ForgetOnSignal(slot_);
+    slot_ = -1;
+    if (written_) std::remove(path.c_str());
+  }
+  void SetWritten(bool written) { written_ = written; }
+
+ private:
+  int slot_;
+  bool written_ = false;
+};
+
+bool ChangedSince(const std::string& path, bool existed, const struct stat& before) {
+  struct stat now;
+  if (stat(path.c_str(), &now) != 0 || !S_ISREG(now.st_mode)) return false;
+  return !existed || now.st_ino != before.st_ino || now.st_dev != before.st_dev ||
+         now.st_mtim.tv_sec != before.st_mtim.tv_sec || now.st_mtim.tv_nsec != before.st_mtim.tv_nsec;
+}
+
+bool RunCommand(const std::string& name, const std::string& text);
+
+// Words after a console command's name form its argument text, joined by blanks.
 int RunConsoleCommand(const std::string& name, const std::vector<std::string>& words) {
   std::string text;
   for (const std::string& w : words) text += (text.empty() ? "" : " ") + w;
   auto& registry = basalt::console::CommandRegistry::Get();
-  const basalt::UTF16String name16 = basalt::UTF8to16(name.c_str());
-  if (!registry.HasCommand(name16)) {
+  if (!registry.HasCommand(basalt::UTF8to16(name.c_str()))) {
     std::fprintf(stderr, "ddhost: unknown command '%s' (ddhost --help lists what there is)\n",
                  name.c_str());
     return 2;
   }
+  const std::string out = OutputPathOf(words);
+  struct stat before;
+  const bool existed = !out.empty() && stat(out.c_str(), &before) == 0;
+  CommandOutputGuard guard(out);
+  const bool ok = RunCommand(name, text);
+  if (!ok) {
+    guard.SetWritten(ChangedSince(out, existed, before));
+    guard.RemoveWhatTheRunWrote(out);
+  }
+  return ok ? 0 : 1;
+}
+
+// The command reports its own errors; an exception escaping it is reported here, so that a
+// failing command always ends with a message and a non-zero exit code.
+bool RunCommand(const std::string& name, const std::string& text) {
+  auto& registry = basalt::console::CommandRegistry::Get();
   try {
-    auto command = registry.CreateCommand(name16, basalt::UTF8to16(text.c_str()));
+    auto command = registry.CreateCommand(basalt::UTF8to16(name.c_str()), basalt::UTF8to16(text.c_str()));
     if (!command) {
       std::fprintf(stderr, "ddhost: the command '%s' could not be created\n", name.c_str());
-      return 2;
+      return false;
     }
-    return command->Run() ? 0 : 1;
+    return command->Run();
   } catch (const std::exception& e) {
     std::fprintf(stderr, "ddhost: the command '%s' failed: %s\n", name.c_str(), e.what());
   } catch (...) {
     std::fprintf(stderr, "ddhost: the command '%s' failed\n", name.c_str());
   }
-  return 1;
+  return false;
 }
 
 int Dispatch(const std::vector<std::string>& args) {

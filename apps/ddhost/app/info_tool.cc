@@ -1,12 +1,14 @@
 // ddhost info IN: the sample rate, channel layout and coding parameters of a stream.
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "basalt/string.h"
 #include "dolbydigital/decoder.h"
 #include "dolbydigital/parameters.h"
-#include "stream_reader.h"
+#include "engine_check.h"
+#include "stream_source.h"
 #include "tidemark/audio_channel.h"
 #include "tool.h"
 
@@ -27,14 +29,16 @@ int RunInfo(const std::vector<std::string>& args) {
     std::fprintf(stderr, "usage: ddhost info IN\n");
     return 2;
   }
-  StreamReader reader(args[0]);
-  if (!reader.IsOpen()) {
-    std::fprintf(stderr, "ddhost info: cannot open %s\n", args[0].c_str());
+  if (!ddhost::RequireEngine("ddhost info")) return 1;
+  std::string problem;
+  std::unique_ptr<StreamSource> source = OpenStreamSource(args[0], problem);
+  if (!source) {
+    std::fprintf(stderr, "ddhost info: %s\n", problem.c_str());
     return 1;
   }
   dolbydigital::Decoder decoder;
   int error = 0;
-  if (!decoder.InitializeForDecode(reader.Callback(), error)) {
+  if (!decoder.InitializeForDecode(source->Callback(), error)) {
     std::fprintf(stderr, "ddhost info: %s is not a decodable stream: %s\n", args[0].c_str(),
                  Text(dolbydigital::Decoder::GetErrorDescription(error)).c_str());
     return 1;

@@ -2,19 +2,22 @@
 // speech recordings. Each loudspeaker says its own name in turn (front left, front right,
 // front centre, rear left, rear right), then the LFE channel plays a low tone, so that a
 // listener, or a test, can tell at once whether every channel came out where it belongs.
+#include <unistd.h>
+
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "basalt/file.h"
 #include "basalt/string.h"
+#include "output_file.h"
 #include "tool.h"
 
 namespace {
-
-using basalt::filesupport::File;
 
 constexpr int kRate = 48000;
 constexpr int kChannels = 6;  // L R C LFE Ls Rs
@@ -147,11 +150,23 @@ int MakeSpeechWav(const std::vector<std::string>& args) {
       std::memcpy(&bits, &c[f], 4);
       Put(bytes, bits, 4);
     }
-  const File file(basalt::UTF8to16(output.c_str()));
-  if (file.Exists()) file.Delete();
-  basalt::filesupport::OPlatformByteStream stream(file);
-  if (!stream.IsOpen() || !stream.WriteBlock(bytes.data(), bytes.size()) || !stream.Close()) {
-    std::fprintf(stderr, "ddhost: cannot write %s\n", output.c_str());
+  std::string error;
+  std::unique_ptr<ddhost::OutputFile> file = ddhost::OutputFile::Create(output, error);
+  if (!file) {
+    std::fprintf(stderr, "ddhost: %s\n", error.c_str());
+    return 1;
+  }
+  for (std::size_t done = 0; done < bytes.size();) {
+    const ssize_t n = write(file->Descriptor(), bytes.data() + done, bytes.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      std::fprintf(stderr, "ddhost: cannot write %s: %s\n", output.c_str(), std::strerror(n < 0 ? errno : EIO));
+      return 1;
+    }
+    done += static_cast<std::size_t>(n);
+  }
+  if (!file->Commit(error)) {
+    std::fprintf(stderr, "ddhost: %s\n", error.c_str());
     return 1;
   }
   std::printf("wrote %s: 5.1 (L R C LFE Ls Rs), 48000 Hz, %.2f s\n", output.c_str(),

@@ -9,17 +9,18 @@
 
 #include "basalt/file.h"
 #include "dolbydigital/decoder.h"
+#include "stream_source.h"
 
 namespace ddhost {
 
-class StreamReader {
+class StreamReader : public StreamSource {
  public:
   explicit StreamReader(const std::string& path);
   bool IsOpen() const { return stream_->IsOpen(); }
-  bool Rewind();
-  bool ReachedEnd() const { return reached_end_; }
-  double Progress() const;  // 0..1 through the file
-  dolbydigital::ReadCallbackPtr Callback();
+  bool Rewind() override;
+  bool ReachedEnd() const override { return reached_end_; }
+  double Progress() const override;  // 0..1 through the file
+  dolbydigital::ReadCallbackPtr Callback() override;
 
  private:
   bool Read(std::uint8_t* buffer, std::size_t& size);
