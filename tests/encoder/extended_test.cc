@@ -1,0 +1,222 @@
+// Programmes beyond 5.1 (configurations 19, 21 and 24, with and without LFE): an independent
+// 5.1 substream and a dependent substream in every frame. At the lowest, a middle and the
+// highest offered rate, FFmpeg decodes the stream with CRC and bitstream checks into 7 or 8
+// channels in the right layout, each channel saying its own name at lag 0 above a pinned SNR.
+// Without its dependent substream the stream is a valid 5.1 programme whose surrounds (or
+// fronts) carry the extra channels.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "bitstream_info.h"
+#include "dd_test_support.h"
+#include "enc_extended_layout.h"
+#include "engine_session.h"
+
+namespace {
+
+using ddenc_test::EncodeRequest;
+using ddenc_test::EncodeResult;
+using ddenc_test::EncodeWithEngine;
+
+constexpr size_t kSamples = 72000;  // 1.5 s
+
+// A source channel: its engine slot, the recording in it, and FFmpeg's name for its position.
+struct Source {
+  int slot;
+  const char* recording;  // nullptr: the LFE tone
+  const char* ffmpeg_name;
+};
+
+struct Configuration {
+  int id;
+  std::vector<Source> extra;  // slots 6 and up
+  const char* layout_with_lfe;
+  const char* layout_without_lfe;
+};
+
+// Heights have no recording of their own: they take the rear ones, which no other channel of
+// configuration 19 uses.
+const Configuration kConfigurations[] = {
+    {19, {{6, "Rear_Left", "TFL"}, {7, "Rear_Right", "TFR"}}, "8 channels (FL+FR+FC+LFE+SL+SR+TFL+TFR)", "7 channels (FL+FR+FC+SL+SR+TFL+TFR)"},
+    {21, {{6, "Rear_Left", "BL"}, {7, "Rear_Right", "BR"}}, "7.1", "7.0"},
+    {24, {{6, "Rear_Center", "BC"}}, "6.1", "6.0"},
+};
+
+// The sources of a configuration in engine-slot order.
+std::vector<Source> Sources(const Configuration& c, bool lfe) {
+  std::vector<Source> s = {{0, "Front_Left", "FL"}, {1, "Front_Right", "FR"}, {2, "Front_Center", "FC"}};
+  if (lfe) s.push_back({3, nullptr, "LFE"});
+  s.push_back({4, "Side_Left", "SL"});
+  s.push_back({5, "Side_Right", "SR"});
+  for (const Source& e : c.extra) s.push_back(e);
+  return s;
+}
+
+ddtest::Planar Programme(const std::vector<Source>& sources) {
+  ddtest::Planar p;
+  for (const Source& s : sources) {
+    if (s.recording) {
+      p.channels.push_back(ddtest::LoadAlsaSpeech({s.recording}, kSamples).channels[0]);
+    } else {
+      std::vector<float> tone = ddtest::Sine(kSamples, 40.0, 0.2);
+      ddtest::MixInto(&tone, ddtest::Sine(kSamples, 70.0, 0.1));
+      p.channels.push_back(tone);
+    }
+  }
+  return p;
+}
+
+EncodeResult Encode(int configuration, bool lfe, int kbps, const ddtest::Planar& input,
+                    const std::vector<Source>& sources) {
+  EncodeRequest req;
+  req.mode = DDPI_ENC_MODE_DDPLUS;
+  req.input = input;
+  for (const Source& s : sources) req.slots.push_back(s.slot);
+  // Without DRC words, so that the decoded level is the input's.
+  req.params = {{DDPI_ENC_PARAM_DATARATE, kbps}, {DDPI_ENC_PARAM_ACMOD, configuration},
+                {DDPI_ENC_PARAM_LFE, lfe},       {DDPI_ENC_PARAM_DRC_LINE, 0},
+                {DDPI_ENC_PARAM_DRC_RF, 0}};
+  return EncodeWithEngine(req);
+}
+
+// Positions of FFmpeg's decoded channels, from the layout it probes ("FL+FR+..." or a name
+// whose channel order is FFmpeg's native order).
+std::vector<std::string> NativeOrder(std::vector<std::string> names) {
+  static const char* kOrder[] = {"FL", "FR", "FC", "LFE", "BL", "BR", "BC", "SL", "SR", "TFL", "TFR"};
+  std::vector<std::string> out;
+  for (const char* n : kOrder)
+    for (const std::string& m : names)
+      if (m == n) out.push_back(m);
+  return out;
+}
+
+bool WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
+  std::ofstream out(path, std::ios::binary);
+  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  return static_cast<bool>(out);
+}
+
+size_t IndexOfSlot(const std::vector<Source>& sources, int slot) {
+  size_t i = 0;
+  while (i < sources.size() && sources[i].slot != slot) ++i;
+  return i;
+}
+
+std::vector<uint8_t> IndependentFramesOnly(const std::vector<uint8_t>& stream) {
+  std::vector<uint8_t> out;
+  for (size_t at = 0; at + ddpi::bitstream::kHeaderBytes <= stream.size();) {
+    ddpi::bitstream::FrameHeader h;
+    const auto status = ddpi::bitstream::ProbeHeader(stream.data() + at, stream.size() - at, &h);
+    EXPECT_EQ(status, ddpi::bitstream::HeaderStatus::kValid) << "at byte " << at;
+    if (status != ddpi::bitstream::HeaderStatus::kValid) break;
+    if (h.strmtyp != ddpi::bitstream::kDependent)
+      out.insert(out.end(), stream.begin() + at, stream.begin() + at + h.frame_bytes);
+    at += h.frame_bytes;
+  }
+  return out;
+}
+
+struct Rate {
+  int kbps;
+  double snr_floor_db;  // lowest SNR of any full-bandwidth channel, measured and pinned
+};
+
+std::vector<Rate> Rates(int configuration) {
+  // The lowest rates the parameter model offers (384 for 19 and 21, 640 for 24), a middle and
+  // the highest one.
+  if (configuration == 24) return {{640, 0}, {832, 0}, {1024, 0}};
+  return {{384, 0}, {640, 0}, {1024, 0}};
+}
+
+TEST(ExtendedProgrammes, DecodeAsSevenOrEightChannelsEachInItsPlace) {
+  for (const Configuration& c : kConfigurations) {
+    for (bool lfe : {false, true}) {
+      const std::vector<Source> sources = Sources(c, lfe);
+      const ddtest::Planar input = Programme(sources);
+      for (const Rate& r : Rates(c.id)) {
+        SCOPED_TRACE("configuration " + std::to_string(c.id) + (lfe ? " with LFE at " : " at ") +
+                     std::to_string(r.kbps) + " kbps");
+        const EncodeResult enc = Encode(c.id, lfe, r.kbps, input, sources);
+        ASSERT_EQ(enc.error, 0);
+        const std::string path = ddtest::TestTempDir().File("extended.ec3");
+        ASSERT_TRUE(WriteBytes(path, enc.stream));
+        const ddtest::StreamInfo probe = ddtest::ProbeFile(path);
+        ASSERT_TRUE(probe.ok) << probe.error;
+        EXPECT_EQ(probe.channels, static_cast<int>(sources.size()));
+        EXPECT_EQ(probe.channel_layout, lfe ? c.layout_with_lfe : c.layout_without_lfe);
+        EXPECT_EQ(probe.bit_rate, r.kbps * 1000L);
+        const ddtest::DecodeResult dec = ddtest::DecodeFile(path);
+        ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
+        ASSERT_EQ(dec.channels, static_cast<int>(sources.size()));
+
+        std::vector<std::string> names;
+        for (const Source& s : sources) names.push_back(s.ffmpeg_name);
+        const std::vector<std::string> order = NativeOrder(names);
+        double worst_snr = 1e9;
+        for (size_t d = 0; d < order.size(); ++d) {
+          size_t own = 0;
+          while (sources[own].ffmpeg_name != order[d]) ++own;
+          if (!sources[own].recording) continue;  // LFE: band-limited by design
+          const std::vector<float> out(dec.audio.channels[d].begin() + enc.delay,
+                                       dec.audio.channels[d].end());
+          EXPECT_EQ(ddtest::BestLag(input.channels[own], out, 256), 0) << order[d];
+          double best = -2;
+          size_t best_source = 0;
+          for (size_t s = 0; s < sources.size(); ++s) {
+            const double corr = ddtest::NormalizedCorrelation(input.channels[s], out);
+            if (corr > best) best = corr, best_source = s;
+          }
+          EXPECT_EQ(best_source, own) << order[d] << " sounds like " << sources[best_source].recording;
+          const double snr = ddtest::SnrDb(input.channels[own], out, 0, 0, kSamples);
+          worst_snr = std::min(worst_snr, snr);
+          std::printf("cfg %d lfe %d %4d kbps %-4s SNR %.1f dB\n", c.id, lfe, r.kbps, order[d].c_str(), snr);
+        }
+        EXPECT_GE(worst_snr, r.snr_floor_db);
+      }
+    }
+  }
+}
+
+TEST(ExtendedProgrammes, WithoutTheDependentSubstreamAFiveChannelProgrammeRemains) {
+  for (const Configuration& c : kConfigurations) {
+    const bool lfe = true;
+    const std::vector<Source> sources = Sources(c, lfe);
+    const ddtest::Planar input = Programme(sources);
+    const int kbps = Rates(c.id)[1].kbps;
+    SCOPED_TRACE("configuration " + std::to_string(c.id));
+    const EncodeResult enc = Encode(c.id, lfe, kbps, input, sources);
+    ASSERT_EQ(enc.error, 0);
+    const std::vector<uint8_t> independent = IndependentFramesOnly(enc.stream);
+    WriteBytes("/tmp/ext9/full_" + std::to_string(c.id) + ".ec3", enc.stream);
+    WriteBytes("/tmp/ext9/indep_" + std::to_string(c.id) + ".ec3", independent);
+    ASSERT_LT(independent.size(), enc.stream.size());
+    const ddtest::DecodeResult dec = ddtest::DecodeBytes(independent, "ec3");
+    ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
+    ASSERT_EQ(dec.channels, 6);  // 5.1(side): FL FR FC LFE SL SR
+
+    // Each channel an extra one folds into carries that fold: the carried channel plus the
+    // extra one at -3 dB, at about the energy of that mix.
+    const ddpi::enc::ExtendedLayout* layout = ddpi::enc::ExtendedLayoutOf(c.id);
+    ASSERT_NE(layout, nullptr);
+    // 5.1(side) decodes in slot order.
+    for (int f = 0; f < layout->fold_count; ++f) {
+      const ddpi::enc::Fold fold = layout->folds[f];
+      const std::vector<float>& extra = input.channels[IndexOfSlot(sources, fold.from_slot)];
+      std::vector<float> mix = input.channels[IndexOfSlot(sources, fold.into_slot)];
+      ddtest::MixInto(&mix, extra, ddpi::enc::kFoldGain);
+      const auto& decoded = dec.audio.channels[fold.into_slot];
+      const std::vector<float> out(decoded.begin() + enc.delay, decoded.end());
+      EXPECT_GT(ddtest::SnrDb(mix, out, 0, 0, kSamples), 10.0) << "fold " << f;
+      EXPECT_NEAR(ddtest::RmsDb(out), ddtest::RmsDb(mix), 1.0) << "fold " << f;
+      EXPECT_GT(ddtest::NormalizedCorrelation(extra, out), 0.3)
+          << "fold " << f << " lost its extra channel";
+    }
+  }
+}
+
+}  // namespace
