@@ -128,9 +128,12 @@ struct Rate {
 
 std::vector<Rate> Rates(int configuration) {
   // The lowest rates the parameter model offers (384 for 19 and 21, 640 for 24), a middle and
-  // the highest one.
-  if (configuration == 24) return {{640, 0}, {832, 0}, {1024, 0}};
-  return {{384, 0}, {640, 0}, {1024, 0}};
+  // the highest one. Floors: the weakest channel measured (the side-left recording, quiet and
+  // sibilant), less 3 dB. Measured 19: 14.6, 21.9, 28.2 dB; 21: 15.2, 23.4, 30.5 dB;
+  // 24: 21.5, 26.7, 30.8 dB.
+  if (configuration == 24) return {{640, 18.5}, {832, 23.5}, {1024, 27.5}};
+  if (configuration == 19) return {{384, 11.5}, {640, 19}, {1024, 25}};
+  return {{384, 12}, {640, 20}, {1024, 27.5}};
 }
 
 TEST(ExtendedProgrammes, DecodeAsSevenOrEightChannelsEachInItsPlace) {
@@ -174,7 +177,6 @@ TEST(ExtendedProgrammes, DecodeAsSevenOrEightChannelsEachInItsPlace) {
           EXPECT_EQ(best_source, own) << order[d] << " sounds like " << sources[best_source].recording;
           const double snr = ddtest::SnrDb(input.channels[own], out, 0, 0, kSamples);
           worst_snr = std::min(worst_snr, snr);
-          std::printf("cfg %d lfe %d %4d kbps %-4s SNR %.1f dB\n", c.id, lfe, r.kbps, order[d].c_str(), snr);
         }
         EXPECT_GE(worst_snr, r.snr_floor_db);
       }
@@ -192,8 +194,6 @@ TEST(ExtendedProgrammes, WithoutTheDependentSubstreamAFiveChannelProgrammeRemain
     const EncodeResult enc = Encode(c.id, lfe, kbps, input, sources);
     ASSERT_EQ(enc.error, 0);
     const std::vector<uint8_t> independent = IndependentFramesOnly(enc.stream);
-    WriteBytes("/tmp/ext9/full_" + std::to_string(c.id) + ".ec3", enc.stream);
-    WriteBytes("/tmp/ext9/indep_" + std::to_string(c.id) + ".ec3", independent);
     ASSERT_LT(independent.size(), enc.stream.size());
     const ddtest::DecodeResult dec = ddtest::DecodeBytes(independent, "ec3");
     ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
