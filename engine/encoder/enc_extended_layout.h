@@ -44,8 +44,9 @@ constexpr float kFoldGain = 0.70710678f;
 constexpr int kExtendedMinimumRate = 384;
 
 // The independent substream's share of `kbps`, in proportion to the full-bandwidth channels
-// each substream codes (the LFE channel costs too little to count); the dependent substream
-// takes the rest.
+// each substream codes, those the dependent substream replaces counting half (the LFE channel
+// costs too little to count); the dependent substream takes the rest. 7.1 at 384 kbps: 192
+// and 192.
 int IndependentShare(int kbps, const ExtendedLayout& layout);
 
 }  // namespace ddpi::enc
