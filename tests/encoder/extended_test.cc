@@ -9,11 +9,13 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "bitstream_info.h"
 #include "dd_test_support.h"
+#include "enc_encoder.h"
 #include "enc_extended_layout.h"
 #include "engine_session.h"
 
@@ -244,6 +246,75 @@ TEST(ExtendedProgrammes, RefusedWhereTheyCannotBeCarried) {
     req.params = {{DDPI_ENC_PARAM_DATARATE, r.kbps}, {DDPI_ENC_PARAM_ACMOD, r.configuration}};
     EXPECT_EQ(EncodeWithEngine(req).error, r.error)
         << "mode " << r.mode << " configuration " << r.configuration << " at " << r.kbps;
+  }
+}
+
+// The dependent substream runs every coding tool of the independent one. At the rates offered
+// it does not couple (48 kbps and more per channel), so this drives the two substream encoders
+// directly at rates where both couple, with DRC words on: FFmpeg decodes the pair as 7.1, and
+// the dependent frames carry their channel map and the programme's DRC words.
+TEST(ExtendedProgrammes, DependentSubstreamCouplesAndCarriesDrc) {
+  const std::vector<Source> sources = Sources(kConfigurations[1], true);  // 7.1
+  const ddtest::Planar input = Programme(sources);
+  const ddpi::enc::ExtendedLayout* layout = ddpi::enc::ExtendedLayoutOf(21);
+  ASSERT_NE(layout, nullptr);
+
+  ddpi::enc::EncoderConfig independent;  // defaults: E-AC-3 3/2 + LFE, DRC profiles on
+  independent.kbps = 160;
+  ddpi::enc::EncoderConfig dependent = independent;
+  dependent.acmod = layout->dependent_acmod;
+  dependent.lfe = false;
+  dependent.kbps = 112;
+  dependent.substream.dependent = true;
+  dependent.substream.chanmap = layout->chanmap;
+  ASSERT_TRUE(ddpi::enc::PlanForRate(independent.kbps, 7, true).coupling);
+  ASSERT_TRUE(ddpi::enc::PlanForRate(dependent.kbps, dependent.acmod, false).coupling);
+  auto first = std::make_unique<ddpi::enc::Encoder>();
+  auto second = std::make_unique<ddpi::enc::Encoder>();
+  first->Configure(independent);
+  second->Configure(dependent);
+
+  std::vector<float> silence(1536, 0.0f);
+  std::vector<std::vector<float>> planes(ddpi::enc::kInputSlots, silence);
+  std::vector<uint8_t> stream, frame(8192);
+  const size_t frames = (kSamples + ddpi::enc::Encoder::kDelaySamples) / 1536 + 1;
+  for (size_t f = 0; f < frames; ++f) {
+    for (size_t i = 0; i < sources.size(); ++i)
+      for (size_t n = 0; n < 1536; ++n) {
+        const size_t at = f * 1536 + n;
+        planes[sources[i].slot][n] = at < kSamples ? input.channels[i][at] : 0.0f;
+      }
+    const float* indep_slots[ddpi::enc::kInputSlots];
+    const float* dep_slots[ddpi::enc::kInputSlots];
+    for (int s = 0; s < ddpi::enc::kInputSlots; ++s) indep_slots[s] = dep_slots[s] = silence.data();
+    for (int s = 0; s < 6; ++s) indep_slots[s] = planes[s].data();
+    for (int c = 0; c < layout->dependent_channels; ++c)
+      dep_slots[ddpi::enc::FbwSlot(layout->dependent_acmod, c)] = planes[layout->dependent_source[c]].data();
+    ddpi::enc::InputReport report;
+    const int a = first->EncodeFrame(indep_slots, frame.data(), &report);
+    ASSERT_GT(a, 0);
+    const int b = second->EncodeFrame(dep_slots, frame.data() + a, &report, &first->drc_gains());
+    ASSERT_GT(b, 0);
+    ddpi::bitstream::FrameInfo info;
+    ASSERT_TRUE(ddpi::bitstream::ParseFrame(frame.data() + a, b, &info));
+    EXPECT_EQ(info.header.strmtyp, ddpi::bitstream::kDependent);
+    EXPECT_EQ(info.chanmape, 1);
+    EXPECT_EQ(info.chanmap, layout->chanmap);
+    EXPECT_EQ(info.compre, first->drc_gains().compr_on ? 1 : 0);
+    stream.insert(stream.end(), frame.begin(), frame.begin() + a + b);
+  }
+  const ddtest::DecodeResult dec = ddtest::DecodeBytes(stream, "ec3", {"-drc_scale", "0"});
+  ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
+  ASSERT_EQ(dec.channels, 8);
+  // 7.1 decodes FL FR FC LFE BL BR SL SR: the rear pair and the side pair come from the
+  // coupled dependent substream.
+  const struct { size_t decoded; int slot; } kChecks[] = {{4, 6}, {5, 7}, {6, 4}, {7, 5}};
+  for (const auto& check : kChecks) {
+    const std::vector<float> out(dec.audio.channels[check.decoded].begin() + ddpi::enc::Encoder::kDelaySamples,
+                                 dec.audio.channels[check.decoded].end());
+    const std::vector<float>& source = input.channels[IndexOfSlot(sources, check.slot)];
+    EXPECT_EQ(ddtest::BestLag(source, out, 256), 0) << "slot " << check.slot;
+    EXPECT_GT(ddtest::NormalizedCorrelation(source, out), 0.7) << "slot " << check.slot;
   }
 }
 
