@@ -91,7 +91,9 @@ void DescribeMode(const ModeShape& shape, ddpi_enc_mode_caps_s& out) {
 void FillEncoderCapabilities(ddpi_enc_query_op_s* caps) {
   std::memset(caps, 0, sizeof *caps);
   caps->version = 1;
-  DescribeMode({DDPI_ENC_MODE_DDPLUS, 1024, 256, true, {0, 1, 2, 3, 4, 5, 6, 7}},
+  // Dolby Digital Plus also codes 3/2 + Vhl/Vhr (19), 7.1 (21) and 6.1 (24) with a dependent
+  // substream; the rate range holds for both substreams together.
+  DescribeMode({DDPI_ENC_MODE_DDPLUS, 1024, 256, true, {0, 1, 2, 3, 4, 5, 6, 7, 19, 21, 24}},
                caps->modes[DDPI_ENC_MODE_DDPLUS]);
   DescribeMode({DDPI_ENC_MODE_DD, 640, 448, false, {0, 1, 2, 3, 4, 5, 6, 7}},
                caps->modes[DDPI_ENC_MODE_DD]);

@@ -14,8 +14,9 @@
 #include "ddpi/ddpi_export.h"
 #include "enc_encoder.h"
 #include "enc_params.h"
+#include "enc_program.h"
 
-using ddpi::enc::Encoder;
+using ddpi::enc::ProgramEncoder;
 using ddpi::enc::StreamSettings;
 
 struct ddpi_enc_instance_s {
@@ -29,7 +30,7 @@ struct ddpi_enc_instance_s {
   long frames = 0;
   bool warned_non_finite = false;
   bool warned_clipped = false;
-  Encoder encoder;
+  ProgramEncoder encoder;
 };
 
 namespace {
@@ -80,8 +81,8 @@ DDPI_EXPORT int ddpi_enc_querymem(const ddpi_enc_static_params_s* setup,
   if (setup->input_channels < 1 || setup->input_channels > DDPI_ENC_NUM_SLOTS)
     return DDPI_ENC_ERR_CHANS;
   result->memory_size = sizeof(ddpi_enc_instance_s) + kAlignment;
-  result->delay_samples = Encoder::kDelaySamples;
-  result->tail_samples = Encoder::kDelaySamples;
+  result->delay_samples = ProgramEncoder::kDelaySamples;
+  result->tail_samples = ProgramEncoder::kDelaySamples;
   return DDPI_ENC_ERR_NO_ERROR;
 }
 

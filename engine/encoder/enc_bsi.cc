@@ -45,6 +45,19 @@ void WriteAc3ProgrammeInfo(BitWriter* bw, const Metadata& md, const DrcFrameGain
   bw->Put(md.roomtyp, 2);
 }
 
+// Programme scale factors, mixing and panning information: independent substreams only.
+void WriteProgrammeMixing(BitWriter* bw, int acmod) {
+  bw->Put(0, 1);                  // pgmscle
+  if (acmod == 0) bw->Put(0, 1);  // pgmscl2e
+  bw->Put(0, 1);                  // extpgmscle
+  bw->Put(0, 2);                  // mixdef
+  if (acmod < 2) {
+    bw->Put(0, 1);                  // paninfoe
+    if (acmod == 0) bw->Put(0, 1);  // paninfo2e
+  }
+  bw->Put(0, 1);  // frmmixcfginfoe
+}
+
 }  // namespace
 
 void WriteAc3Bsi(BitWriter* bw, const EncoderConfig& cfg, const DrcFrameGains& drc) {
@@ -87,7 +100,7 @@ void WriteEac3Bsi(BitWriter* bw, const EncoderConfig& cfg, int frame_words,
                   const DrcFrameGains& drc) {
   const Metadata& md = cfg.metadata;
   const int acmod = cfg.acmod;
-  bw->Put(0, 2);                // strmtyp: independent
+  bw->Put(cfg.substream.dependent ? 1 : 0, 2);  // strmtyp
   bw->Put(0, 3);                // substreamid
   bw->Put(frame_words - 1, 11); // frmsiz
   bw->Put(0, 2);                // fscod: 48 kHz
@@ -101,6 +114,10 @@ void WriteEac3Bsi(BitWriter* bw, const EncoderConfig& cfg, int frame_words,
     bw->Put(md.dialnorm, 5);
     WriteCompr(bw, drc);
   }
+  if (cfg.substream.dependent) {
+    bw->Put(1, 1);  // chanmape: the channel map says where this substream's channels go
+    bw->Put(cfg.substream.chanmap & 0xffff, 16);
+  }
   // Mixing metadata.
   bw->Put(1, 1);  // mixmdate
   if (acmod > 2) bw->Put(md.dmixmod, 2);
@@ -113,15 +130,7 @@ void WriteEac3Bsi(BitWriter* bw, const EncoderConfig& cfg, int frame_words,
     bw->Put(md.lorosurmixlev, 3);
   }
   if (cfg.lfe) bw->Put(0, 1);  // lfemixlevcode
-  bw->Put(0, 1);               // pgmscle
-  if (acmod == 0) bw->Put(0, 1);  // pgmscl2e
-  bw->Put(0, 1);               // extpgmscle
-  bw->Put(0, 2);               // mixdef
-  if (acmod < 2) {
-    bw->Put(0, 1);                  // paninfoe
-    if (acmod == 0) bw->Put(0, 1);  // paninfo2e
-  }
-  bw->Put(0, 1);  // frmmixcfginfoe
+  if (!cfg.substream.dependent) WriteProgrammeMixing(bw, acmod);
   // Informational metadata.
   bw->Put(1, 1);  // infomdate
   bw->Put(md.bsmod, 3);

@@ -24,6 +24,12 @@ struct Metadata {
   int roomtyp = 0;         // 0 not indicated, 1 large room, 2 small room
 };
 
+// Which E-AC-3 substream a frame belongs to (Annex E, section E.1.2.2).
+struct SubstreamInfo {
+  bool dependent = false;  // strmtyp 1 (substreamid 0) instead of an independent substream 0
+  int chanmap = 0;         // dependent only: the channel locations its channels take
+};
+
 struct EncoderConfig {
   bool eac3 = true;        // E-AC-3 (bsid 16) or AC-3
   int acmod = 7;
@@ -33,6 +39,7 @@ struct EncoderConfig {
   int drc_line_profile = 1;  // 0..5, 0 none
   int drc_rf_profile = 1;
   PreprocessSettings preprocess;
+  SubstreamInfo substream;
 };
 
 // Number of full-bandwidth channels of an acmod and the input slot of each, in bitstream order.

@@ -64,7 +64,7 @@ void Encoder::AdvanceHistory() {
 }
 
 int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
-                         InputReport* report) {
+                         InputReport* report, const DrcFrameGains* shared_drc) {
   ConditionInput(slots, report);
   float* planes[kInputSlots];
   for (int s = 0; s < kInputSlots; ++s) planes[s] = s < 6 ? work_[s] : unused_;
@@ -91,7 +91,8 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
   // on exactly those samples.
   const float* fbw[kMaxChannels];
   for (int c = 0; c < frame_.nfch; ++c) fbw[c] = history_[c];
-  drc_.AnalyzeFrame(fbw, frame_.nfch, kBlocks, &frame_.drc);
+  if (shared_drc) frame_.drc = *shared_drc;
+  else drc_.AnalyzeFrame(fbw, frame_.nfch, kBlocks, &frame_.drc);
 
   const float* input[kMaxChannels];
   for (int c = 0; c < frame_.channels; ++c) input[c] = history_[c];

@@ -33,7 +33,12 @@ class Encoder {
 
   // Encodes 1536 samples of every slot (unused slots are ignored) into one syncframe of
   // 2 * kbps words. Returns the frame size in bytes, or 0 if the frame could not be fitted.
-  int EncodeFrame(const float* const slots[kInputSlots], uint8_t* out, InputReport* report);
+  // With `shared_drc` the frame carries those gain words instead of its own analysis: a
+  // dependent substream repeats its programme's, so that every channel gets the same gain.
+  int EncodeFrame(const float* const slots[kInputSlots], uint8_t* out, InputReport* report,
+                  const DrcFrameGains* shared_drc = nullptr);
+  // The gain words of the last frame.
+  const DrcFrameGains& drc_gains() const { return frame_.drc; }
 
   const EncoderConfig& config() const { return config_; }
 

@@ -12,7 +12,7 @@ constexpr int kTrailerBits = 18;  // auxdatae, crcrsv, crc2
 // audfrm(): frame-level strategy flags. Every block carries its own exponent strategies,
 // block switch flags and dither flags; bit allocation parameters are the defaults; one SNR
 // offset pair serves the whole frame.
-void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
+void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
   bw->Put(1, 1);  // expstre
   bw->Put(0, 1);  // ahte
   bw->Put(0, 2);  // snroffststr: frame SNR offsets
@@ -36,7 +36,9 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f) {
     for (int blk = 0; blk < kBlocks; ++blk) bw->Put(f.ch[f.nfch].strategy[blk] != kExpReuse, 1);
   // Six-block frames always carry the converter exponent strategies (convexpstre implied):
   // index 0 of Table E2.10 for every channel, meaningful only to a converter to AC-3.
-  for (int c = 0; c < f.nfch; ++c) bw->Put(0, 5);  // convexpstr
+  // Dependent substreams have no AC-3 counterpart and carry none.
+  if (!dependent)
+    for (int c = 0; c < f.nfch; ++c) bw->Put(0, 5);  // convexpstr
   bw->Put(f.csnroffst, 6);  // frmcsnroffst
   bw->Put(f.fsnroffst[0], 4);  // frmfsnroffst: every channel's (AllocateFrame keeps them equal)
   bw->Put(0, 1);  // blkstrtinfoe
@@ -55,7 +57,7 @@ void WriteCouplingStrategy(BitWriter* bw, const FrameData& f) {
   for (int k = 1; k < f.cpl.subbands; ++k) bw->Put(f.cpl.bndstrc[k], 1);
 }
 
-void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer) {
+void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bool dependent) {
   const int nfch = f.nfch;
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
   for (int c = 0; c < nfch; ++c) bw->Put(0, 1);  // dithflag
@@ -83,7 +85,7 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer) {
     if (f.cplinu) bw->Put(f.fgaincod, 3);  // cplfgaincod
     for (int c = 0; c < f.channels; ++c) bw->Put(f.fgaincod, 3);
   }
-  bw->Put(0, 1);  // convsnroffste
+  if (!dependent) bw->Put(0, 1);  // convsnroffste: independent substreams only
   if (f.cplinu) {
     // Block 0's leaks are implied present (firstcplleak); later blocks keep them.
     if (blk != 0) bw->Put(0, 1);  // cplleake
@@ -98,8 +100,8 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer) {
 void WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer) {
   bw->Put(0x0B77, 16);
   WriteEac3Bsi(bw, cfg, ac3::FrameWords48k(cfg.kbps), f.drc);
-  WriteAudioFrame(bw, f);
-  for (int blk = 0; blk < kBlocks; ++blk) WriteBlock(bw, f, blk, packer);
+  WriteAudioFrame(bw, f, cfg.substream.dependent);
+  for (int blk = 0; blk < kBlocks; ++blk) WriteBlock(bw, f, blk, packer, cfg.substream.dependent);
 }
 
 }  // namespace

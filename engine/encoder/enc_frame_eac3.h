@@ -1,4 +1,4 @@
-// E-AC-3 syncframe of an independent substream with six blocks (A/52 Annex E, section E.1):
+// E-AC-3 syncframe of an independent or a dependent substream with six blocks (A/52 Annex E):
 // syncinfo, BSI, audio frame, six audio blocks, auxiliary data and the frame CRC.
 #ifndef DDPI_ENGINE_ENCODER_ENC_FRAME_EAC3_H
 #define DDPI_ENGINE_ENCODER_ENC_FRAME_EAC3_H

@@ -1,6 +1,7 @@
 #include "enc_params.h"
 
 #include "capability_table.h"
+#include "enc_extended_layout.h"
 #include "enc_frame_ac3.h"
 
 namespace ddpi::enc {
@@ -107,6 +108,8 @@ int ApplyParameter(int mode, int id, int value, StreamSettings* settings) {
 }
 
 int CheckRateForChannels(const EncoderConfig& config) {
+  if (ExtendedLayoutOf(config.acmod))
+    return config.kbps < kExtendedMinimumRate ? DDPI_ENC_ERR_RATE : DDPI_ENC_ERR_NO_ERROR;
   return config.kbps < MinimumRate(config.acmod) ? DDPI_ENC_ERR_RATE : DDPI_ENC_ERR_NO_ERROR;
 }
 
