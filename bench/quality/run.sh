@@ -59,6 +59,7 @@ run_one() {
   fi
   local dir=$work/runs/$setting/$item/$encoder
   mkdir -p "$dir"
+  rm -f "$dir/result.txt"
   local ext=$codec skip
   [ "$codec" = eac3 ] && ext=ec3
   if [ "$encoder" = ours ]; then
@@ -67,7 +68,7 @@ run_one() {
     skip=$("$build/bin/bench_encoder" --engine-child "$build/lib/libddpi_engine.so" "$mode" \
       "$kbps" "$ref" "$dir/stream.$ext" | cut -d' ' -f1)
   else
-    ffmpeg -nostdin -v error -y -i "$ref" -c:a "$codec" -b:a "${kbps}k" "$dir/stream.$ext"
+    ffmpeg -nostdin -v error -y -i "$ref" -c:a "$codec" -b:a "${kbps}k" -f "$codec" "$dir/stream.$ext"
     skip=-1
   fi
   ffmpeg -nostdin -v error -y -drc_scale 0 -i "$dir/stream.$ext" -c:a pcm_f32le "$dir/decoded.wav"
@@ -101,7 +102,7 @@ for setting in $settings; do
   for item in ${items//,/ }; do
     for encoder in ours ffmpeg; do echo "$setting $item $encoder"; done
   done
-done | xargs -P "$jobs" -L 1 bash -c 'run_one "$@"' _
+done | xargs -P "$jobs" -L 1 bash -c 'set -eo pipefail; run_one "$@" || echo "job failed: $*" >&2' _
 
 results=$work/results.txt
 : >"$results"
