@@ -13,6 +13,8 @@ constexpr double kSampleRate = 48000.0;
 constexpr double kStateFloor = 1e-15;
 // Kaiser window shape of the Hilbert FIR: about 1e-3 passband ripple (0.01 dB).
 constexpr double kKaiserBeta = 5.65;
+// Kaiser window shape of the LFE low-pass: stopband below -55 dB.
+constexpr double kLfeKaiserBeta = 7.0;
 
 // Zeroth-order modified Bessel function of the first kind, by its power series.
 double BesselI0(double x) {
@@ -104,25 +106,6 @@ void RunResidualInterleaved(Biquad* const* sections, float* const* planes, int c
   }
 }
 
-void RunCascade(Biquad* first, Biquad* second, float* samples, int n) {
-  double u1 = first->s1, u2 = first->s2, v1 = second->s1, v2 = second->s2;
-  const Biquad f = *first, g = *second;
-  for (int i = 0; i < n; ++i) {
-    const double x = samples[i];
-    const double y = f.b0 * x + u1;
-    u1 = f.b1 * x - f.a1 * y + u2;
-    u2 = f.b2 * x - f.a2 * y;
-    const double between = static_cast<float>(y);  // as if stored between two passes
-    const double z = g.b0 * between + v1;
-    v1 = g.b1 * between - g.a1 * z + v2;
-    v2 = g.b2 * between - g.a2 * z;
-    samples[i] = static_cast<float>(z);
-  }
-  first->s1 = u1, first->s2 = u2, second->s1 = v1, second->s2 = v2;
-  first->Sanitize();
-  second->Sanitize();
-}
-
 void Biquad::Sanitize() {
   ClearIfNegligible(&s1);
   ClearIfNegligible(&s2);
@@ -131,7 +114,7 @@ void Biquad::Sanitize() {
 void Preprocessor::Reset(const PreprocessSettings& settings) {
   settings_ = settings;
   for (Biquad& section : dc_filter_) DesignDcLowpass(&section);
-  DesignLfeLowpass(lfe_filter_);
+  DesignLfeLowpass();
   DesignHilbert();
   std::memset(history_, 0, sizeof(history_));
 }
@@ -150,20 +133,33 @@ void Preprocessor::DesignDcLowpass(Biquad* section) {
   section->Clear();
 }
 
-// 4th-order Butterworth low-pass as two sections whose Q values are the Butterworth pole pairs.
-void Preprocessor::DesignLfeLowpass(Biquad sections[2]) {
-  const double k = std::tan(kPi * kLfeCutoffHz / kSampleRate);
-  const double q_values[2] = {1.0 / (2.0 * std::cos(kPi / 8.0)),
-                              1.0 / (2.0 * std::cos(3.0 * kPi / 8.0))};
-  for (int s = 0; s < 2; ++s) {
-    const double q = q_values[s];
-    const double norm = 1.0 / (1.0 + k / q + k * k);
-    sections[s].b0 = k * k * norm;
-    sections[s].b1 = 2.0 * sections[s].b0;
-    sections[s].b2 = sections[s].b0;
-    sections[s].a1 = 2.0 * (k * k - 1.0) * norm;
-    sections[s].a2 = (1.0 - k / q + k * k) * norm;
-    sections[s].Clear();
+// Windowed ideal low-pass: sin(2 pi fc m) / (pi m) at offset m, Kaiser-windowed over the
+// same span as the Hilbert FIR, normalized to unit gain at 0 Hz. Being symmetric, it only
+// delays (by exactly kDelaySamples) and never shifts one frequency against another.
+void Preprocessor::DesignLfeLowpass() {
+  const double x = 2.0 * kLfeSincCutoffHz / kSampleRate;
+  double taps[kDelaySamples + 1];
+  double sum = 0;
+  for (int m = 0; m <= kDelaySamples; ++m) {
+    const double ideal = m == 0 ? x : std::sin(kPi * x * m) / (kPi * m);
+    taps[m] = ideal * Kaiser(m, kDelaySamples + 1, kLfeKaiserBeta);
+    sum += m == 0 ? taps[m] : 2 * taps[m];
+  }
+  for (int m = 0; m <= kDelaySamples; ++m) lfe_taps_[m] = static_cast<float>(taps[m] / sum);
+  for (int k = 0; k < kHilbertTaps; ++k)
+    fft_re_[k] = lfe_taps_[k < kDelaySamples ? kDelaySamples - k : k - kDelaySamples];
+  TransformTaps(fft_re_, lfe_re_, lfe_im_);
+}
+
+void Preprocessor::TransformTaps(const float* taps, float* spectrum_re, float* spectrum_im) {
+  float re[kConvolutionFftSize] = {};
+  float im[kConvolutionFftSize] = {};
+  std::memcpy(re, taps, sizeof(float) * kHilbertTaps);
+  FftForwardToBitReversed(re, im);
+  constexpr float kScale = 1.0f / kConvolutionFftSize;
+  for (int k = 0; k < kConvolutionFftSize; ++k) {
+    spectrum_re[k] = re[k] * kScale;
+    spectrum_im[k] = -im[k] * kScale;
   }
 }
 
@@ -177,19 +173,13 @@ void Preprocessor::DesignHilbert() {
   }
   // Output i = sum_k window[i + k] g[k] with g[delay - m] = tap, g[delay + m] = -tap: the
   // direct form below as a correlation, whose transform is W conj(G).
-  std::memset(fft_re_, 0, sizeof fft_re_);
-  std::memset(fft_im_, 0, sizeof fft_im_);
+  std::memset(fft_re_, 0, sizeof(float) * kHilbertTaps);
   for (int j = 0; j < kHalfTaps; ++j) {
     const int m = 2 * j + 1;
     fft_re_[kDelaySamples - m] = hilbert_[j];
     fft_re_[kDelaySamples + m] = -hilbert_[j];
   }
-  FftForwardToBitReversed(fft_re_, fft_im_);
-  constexpr float kScale = 1.0f / kConvolutionFftSize;
-  for (int k = 0; k < kConvolutionFftSize; ++k) {
-    hilbert_re_[k] = fft_re_[k] * kScale;
-    hilbert_im_[k] = -fft_im_[k] * kScale;
-  }
+  TransformTaps(fft_re_, hilbert_re_, hilbert_im_);
 }
 
 void Preprocessor::Process(float* const slots[kSlots], const bool active[kSlots], int n) {
@@ -227,9 +217,10 @@ void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kS
     const bool surround = slot == kLeftSurroundSlot || slot == kRightSurroundSlot;
     if (surround && pair_fft) continue;  // below, both at once
 
-    if (slot == kLfeSlot && settings_.lfe_lowpass)
-      RunCascade(&lfe_filter_[0], &lfe_filter_[1], samples, n);
-
+    if (slot == kLfeSlot && settings_.lfe_lowpass) {
+      LowpassLfe(samples, n);
+      continue;
+    }
     DelayOrShift(slot, samples, n, surround && settings_.phase_shift_90);
 
     if (surround && settings_.surround_attenuation_3db) {
@@ -278,6 +269,36 @@ void Preprocessor::ShiftPairFft(float* left, float* right, int n) {
   // Outputs 0..n-1 reach at most window index n - 1 + 2 * delay: no circular wrap.
   std::memcpy(left, re, sizeof(float) * n);
   std::memcpy(right, im, sizeof(float) * n);
+}
+
+void Preprocessor::LowpassLfe(float* samples, int n) {
+  if (n >= kFftMinimum) {
+    float* re = fft_re_;
+    float* im = fft_im_;
+    std::memcpy(re, history_[kLfeSlot], sizeof(float) * kHistory);
+    std::memcpy(re + kHistory, samples, sizeof(float) * n);
+    std::memset(re + kHistory + n, 0, sizeof(float) * (kConvolutionFftSize - kHistory - n));
+    std::memset(im, 0, sizeof(float) * kConvolutionFftSize);
+    KeepHistory(kLfeSlot, samples, n);
+    FftForwardToBitReversed(re, im);
+    for (int k = 0; k < kConvolutionFftSize; ++k) {
+      const float xr = re[k], xi = im[k];
+      re[k] = xr * lfe_re_[k] - xi * lfe_im_[k];
+      im[k] = xr * lfe_im_[k] + xi * lfe_re_[k];
+    }
+    FftInverseFromBitReversed(re, im);
+    std::memcpy(samples, re, sizeof(float) * n);
+    return;
+  }
+  std::memcpy(window_, history_[kLfeSlot], sizeof(float) * kHistory);
+  std::memcpy(window_ + kHistory, samples, sizeof(float) * n);
+  const float* centre = window_ + kDelaySamples;
+  for (int i = 0; i < n; ++i) {
+    float sum = lfe_taps_[0] * centre[i];
+    for (int m = 1; m <= kDelaySamples; ++m) sum += lfe_taps_[m] * (centre[i - m] + centre[i + m]);
+    samples[i] = sum;
+  }
+  std::memcpy(history_[kLfeSlot], window_ + n, sizeof(float) * kHistory);
 }
 
 // Writes the slot's input delayed by kDelaySamples, or its Hilbert transform centred on that

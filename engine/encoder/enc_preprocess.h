@@ -3,8 +3,9 @@
 //
 // Every slot goes through the same fixed delay (kDelaySamples) whatever the settings, so the
 // encoder's overall delay never depends on them and, with every option off, the output is a
-// bit-exact delayed copy of the input. The delay is the group delay of the linear-phase FIR
-// that performs the phase shift; unshifted slots run through a plain delay line of that length.
+// bit-exact delayed copy of the input. The delay is the group delay of the linear-phase FIRs
+// that perform the phase shift and the LFE low-pass; other slots run through a plain delay
+// line of that length, so every channel leaves at the same lag.
 //
 // Fixed-size state only (the object lives inside the engine's memory pool); Process may be
 // called with any block length, state carries over from one call to the next.
@@ -17,7 +18,7 @@ namespace ddpi::enc {
 
 struct PreprocessSettings {
   bool dc_highpass = true;               // DC removal on full-bandwidth slots (see kDcCutoffHz)
-  bool lfe_lowpass = true;               // 4th-order Butterworth low-pass at 120 Hz on slot 3
+  bool lfe_lowpass = true;               // linear-phase low-pass at 120 Hz on slot 3
   bool phase_shift_90 = false;           // Ls and Rs lag the other slots by 90 degrees
   bool surround_attenuation_3db = false; // Ls and Rs scaled by 10^(-3/20)
 };
@@ -62,7 +63,11 @@ class Preprocessor {
   // The corner sits well below the audio band so that little sub-sonic content is taken
   // either; an offset decays with a time constant of 0.32 s.
   static constexpr double kDcCutoffHz = 0.5;
-  static constexpr double kLfeCutoffHz = 120.0;
+  // The LFE low-pass: a Kaiser-windowed sinc of kHilbertTaps taps centred on kDelaySamples,
+  // so it delays the LFE exactly as much as the other slots are delayed. Its half-amplitude
+  // point sits at kLfeSincCutoffHz, which puts the -3 dB point at about 120 Hz; it is flat
+  // within 0.15 dB to 60 Hz and below -55 dB from 240 Hz on.
+  static constexpr double kLfeSincCutoffHz = 140.0;
   static constexpr float kSurroundAttenuation = 0.70794578f;  // -3 dB
 
   // Runs at least this long shift the surround pair by fast convolution (ShiftPairFft); shorter
@@ -89,14 +94,24 @@ class Preprocessor {
   // The phase shift of both surround slots at once by overlap-save: Ls as the real and Rs as
   // the imaginary part of one complex transform (the FIR is real). A null plane is inactive.
   void ShiftPairFft(float* left, float* right, int n);
+  // The LFE low-pass in place, centred on kDelaySamples, by overlap-save for long runs and by
+  // the direct symmetric FIR for short ones; keeps the slot's history like DelayOrShift.
+  void LowpassLfe(float* samples, int n);
   void KeepHistory(int slot, const float* samples, int n);
   void DesignHilbert();
   static void DesignDcLowpass(Biquad* section);
-  static void DesignLfeLowpass(Biquad sections[2]);
+  void DesignLfeLowpass();
+  // Spectrum of a kHilbertTaps-long FIR (taps[k] weighs input[i + k - kDelaySamples] in output
+  // i) laid out for the correlation of ShiftPairFft: conjugated, bit-reversed, scaled by 1/N.
+  void TransformTaps(const float* taps, float* spectrum_re, float* spectrum_im);
 
   PreprocessSettings settings_;
   Biquad dc_filter_[kSlots];
-  Biquad lfe_filter_[2];
+  // LFE low-pass taps from the centre outwards (lfe_taps_[m] at offsets -m and +m) and its
+  // spectrum for overlap-save.
+  float lfe_taps_[kDelaySamples + 1];
+  float lfe_re_[kConvolutionFftSize];
+  float lfe_im_[kConvolutionFftSize];
   // Hilbert taps for odd offsets 1, 3, 5, ... from the centre (the even ones are zero).
   float hilbert_[kHalfTaps];
   // Conjugate spectrum of the FIR laid out for correlation with the window (history then

@@ -18,7 +18,7 @@ constexpr float kSilence = 100.0f / 32768.0f;
 
 void TransientDetector::Reset() {
   s1_ = s2_ = 0;
-  std::fill(last_peak_, last_peak_ + kLevels, 0.0f);
+  std::fill(last_quarters_, last_quarters_ + 4, 0.0f);
 }
 
 void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
@@ -70,19 +70,25 @@ bool TransientDetector::DetectFiltered(const float* filtered) {
     for (float lane : lanes) peak = std::max(peak, lane);
     quarter[s] = peak;
   }
-  const float half[2] = {std::max(quarter[0], quarter[1]), std::max(quarter[2], quarter[3])};
-  const float whole = std::max(half[0], half[1]);
-  const float* peaks[kLevels] = {&whole, half, quarter};
+  // Quarter peaks of the previous block then this one: the 256 samples before quarter q are
+  // quarters q .. q + 3 of this history.
+  float history[8];
+  std::copy(last_quarters_, last_quarters_ + 4, history);
+  std::copy(quarter, quarter + 4, history + 4);
+  std::copy(quarter, quarter + 4, last_quarters_);
+  auto before = [&](int first_quarter) {
+    return std::max(std::max(history[first_quarter], history[first_quarter + 1]),
+                    std::max(history[first_quarter + 2], history[first_quarter + 3]));
+  };
 
   bool transient = false;
   for (int level = 0; level < kLevels; ++level) {
-    float previous = last_peak_[level];
+    const int quarters = 4 >> level;  // 64-sample quarters per segment
     for (int s = 0; s < (1 << level); ++s) {
-      const float peak = peaks[level][s];
-      if (peak > kSilence && peak * kThreshold[level] > previous) transient = true;
-      previous = peak;
+      float peak = 0;
+      for (int q = s * quarters; q < (s + 1) * quarters; ++q) peak = std::max(peak, quarter[q]);
+      if (peak > kSilence && peak * kThreshold[level] > before(s * quarters)) transient = true;
     }
-    last_peak_[level] = previous;
   }
   return transient;
 }

@@ -1,8 +1,12 @@
-// Transient detection for block switching (A/52 section 8.2.2). The 256 new samples of each
-// block go through a high-pass filter and are cut into a hierarchy of segments (one of 256,
-// two of 128, four of 64). A segment whose peak exceeds the preceding segment's peak by the
-// level's ratio, above a silence threshold, marks an attack: the block is then coded with two
-// short transforms so that the quantisation noise stays within 256 samples of the attack.
+// Transient detection for block switching (after A/52 section 8.2.2). The 256 new samples of
+// each block go through a high-pass filter and are cut into a hierarchy of segments (one of
+// 256, two of 128, four of 64). A segment whose peak exceeds the loudest peak of the 256
+// samples before it by the level's ratio, above a silence threshold, marks an attack: the
+// block is then coded with two short transforms so that the quantisation noise stays within
+// 256 samples of the attack. Judging against 256 samples rather than the one segment before
+// keeps periodic pulses (a buzzy reed, a low voice: a pulse every 2-10 ms) on long blocks,
+// whose frequency resolution such tones need, while an attack after a quieter stretch still
+// switches.
 #ifndef DDPI_ENGINE_ENCODER_ENC_TRANSIENT_H
 #define DDPI_ENGINE_ENCODER_ENC_TRANSIENT_H
 
@@ -29,8 +33,8 @@ class TransientDetector {
 
   // Second-order high-pass (8 kHz) in direct form II transposed.
   float s1_ = 0, s2_ = 0;
-  // Peak of the last segment of each level in the previous block.
-  float last_peak_[kLevels] = {};
+  // Peaks of the four 64-sample segments of the previous block.
+  float last_quarters_[4] = {};
 };
 
 }  // namespace ddpi::enc

@@ -20,6 +20,25 @@ TEST(Transient, SteadyToneNeverSwitches) {
   EXPECT_EQ(switches, 0);
 }
 
+// A buzzy tone, all harmonics in phase: through the high-pass it is a pulse every 206 samples,
+// quiet in between. It is periodic, not an attack.
+TEST(Transient, PeriodicPulsesDoNotSwitch) {
+  TransientDetector t;
+  t.Reset();
+  float block[256];
+  int switches = 0;
+  for (int b = 0; b < 40; ++b) {
+    for (int n = 0; n < 256; ++n) {
+      double v = 0;
+      for (int h = 1; h < 64; ++h) v += std::sin(2 * M_PI * 233.0 * h * (b * 256 + n) / 48000) / h;
+      block[n] = static_cast<float>(0.1 * v);
+    }
+    if (b > 0) switches += t.Detect(block);
+    else t.Detect(block);
+  }
+  EXPECT_EQ(switches, 0);
+}
+
 TEST(Transient, AttackAfterQuietSwitchesOnlyItsBlock) {
   TransientDetector t;
   t.Reset();

@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# Quality benchmark: our encoder against FFmpeg's at the same settings, graded by PEAQ
+# (ITU-R BS.1387, GstPEAQ: basic and advanced models, ODG 0 = transparent .. -4), both decoded
+# by FFmpeg with -drc_scale 0. Also per item: coded bandwidth, worst energy above it against
+# the original (dB), pre-echo per attack (dB added in the 5 ms before it) and each 5.1
+# channel's lag after the reported delay (ours) or the found one (FFmpeg's).
+#   run.sh [--quick] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR] [--jobs N]
+# Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
+# eac3_51_256. --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
+# 5.1 items are graded pair by pair (L/R, C, Ls/Rs) and the item's grade is their mean.
+# Needs the PEAQ tool (PEAQ_GRADE, default ../shared/tools/peaq/grade.sh) and the item
+# packages (scripts/quality.sh installs them and runs this).
+set -euo pipefail
+root=$(cd "$(dirname "$0")/../.." && pwd)
+build=$root/build
+work=
+jobs=2
+items=
+settings="ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192 eac3_51_256"
+while [ $# -gt 0 ]; do
+  case $1 in
+    --quick) items=castanets,reed,rock_armygeddon,speech; settings="ac3_20_192 eac3_20_96" ;;
+    --items) items=$2; shift ;;
+    --settings) settings=${2//,/ }; shift ;;
+    --build) build=$(cd "$2" && pwd); shift ;;
+    --work) work=$2; shift ;;
+    --jobs) jobs=$2; shift ;;
+    *) echo "unknown option $1" >&2; exit 2 ;;
+  esac
+  shift
+done
+work=${work:-$build/quality}
+grade=${PEAQ_GRADE:-$root/../shared/tools/peaq/grade.sh}
+[ -x "$grade" ] || grade=/work/shared/tools/peaq/grade.sh
+mkdir -p "$work/runs"
+
+if [ ! -f "$build/CMakeCache.txt" ]; then
+  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDD_BUILD_BENCH=ON >/dev/null
+fi
+cmake --build "$build" -j2 --target ddpi_engine bench_encoder quality_probe >/dev/null
+probe=$build/bin/quality_probe
+bash "$root/bench/quality/make_items.sh" "$work/items" "$probe"
+if [ -z "$items" ]; then
+  items=$(cd "$work/items" && ls *.wav | sed 's/\.wav$//' | paste -sd,)
+fi
+
+# One job: encode ITEM at SETTING with ENCODER, decode, grade and measure into one line:
+# setting item encoder basic advanced bandwidth above_band lfe_lag attacks(t:dB,...)
+run_one() {
+  local setting=$1 item=$2 encoder=$3
+  local codec layout kbps
+  IFS=_ read -r codec layout kbps <<<"$setting"
+  local ref=$work/items/$item.wav
+  local channels
+  channels=$(soxi -c "$ref")
+  # 2.0 settings take the stereo items, 5.1 settings the 5.1 ones.
+  if { [ "$layout" = 20 ] && [ "$channels" != 2 ]; } || { [ "$layout" = 51 ] && [ "$channels" != 6 ]; }; then
+    return 0
+  fi
+  local dir=$work/runs/$setting/$item/$encoder
+  mkdir -p "$dir"
+  rm -f "$dir/result.txt"
+  local ext=$codec skip
+  [ "$codec" = eac3 ] && ext=ec3
+  if [ "$encoder" = ours ]; then
+    local mode=1
+    [ "$codec" = eac3 ] && mode=0
+    skip=$("$build/bin/bench_encoder" --engine-child "$build/lib/libddpi_engine.so" "$mode" \
+      "$kbps" "$ref" "$dir/stream.$ext" | cut -d' ' -f1)
+  else
+    ffmpeg -nostdin -v error -y -i "$ref" -c:a "$codec" -b:a "${kbps}k" -f "$codec" "$dir/stream.$ext"
+    skip=-1
+  fi
+  ffmpeg -nostdin -v error -y -drc_scale 0 -i "$dir/stream.$ext" -c:a pcm_f32le "$dir/decoded.wav"
+  "$probe" split "$ref" "$dir/decoded.wav" "$skip" "$dir"
+  "$probe" measure "$ref" "$dir/decoded.wav" "$skip" >"$dir/measure.txt"
+  local basic=0 advanced=0 pairs=0 pair b a
+  for pair in LR C S; do
+    [ -f "$dir/ref_$pair.wav" ] || continue
+    b=$("$grade" "$dir/ref_$pair.wav" "$dir/test_$pair.wav")
+    a=$("$grade" "$dir/ref_$pair.wav" "$dir/test_$pair.wav" --advanced)
+    basic=$(echo "$basic + $b" | bc -l)
+    advanced=$(echo "$advanced + $a" | bc -l)
+    pairs=$((pairs + 1))
+  done
+  local lfe=-
+  [ "$channels" = 6 ] && lfe=$(awk '$1 == "lag" && $2 == 3 {print $3}' "$dir/measure.txt")
+  local lags
+  lags=$(awk '$1 == "lag" && $3 != 0 && $2 != 3 {printf "%s%s:%s", sep, $2, $3; sep=","}' "$dir/measure.txt")
+  printf '%s %s %s %.3f %.3f %s %s %s %s %s\n' "$setting" "$item" "$encoder" \
+    "$(echo "$basic / $pairs" | bc -l)" "$(echo "$advanced / $pairs" | bc -l)" \
+    "$(awk '$1 == "bandwidth" {print $2}' "$dir/measure.txt")" \
+    "$(awk '$1 == "above_band" {print $2}' "$dir/measure.txt")" "$lfe" "${lags:--}" \
+    "$(awk '$1 == "attack" {printf "%s%s:%s", sep, $2, $3; sep=","}' "$dir/measure.txt")" \
+    >"$dir/result.txt"
+  rm -f "$dir"/ref_*.wav "$dir"/test_*.wav
+}
+export -f run_one
+export work build probe grade
+
+for setting in $settings; do
+  for item in ${items//,/ }; do
+    for encoder in ours ffmpeg; do echo "$setting $item $encoder"; done
+  done
+done | xargs -P "$jobs" -L 1 bash -c 'set -eo pipefail; run_one "$@" || echo "job failed: $*" >&2' _
+
+results=$work/results.txt
+: >"$results"
+for setting in $settings; do
+  for item in ${items//,/ }; do
+    for encoder in ours ffmpeg; do
+      f=$work/runs/$setting/$item/$encoder/result.txt
+      [ -f "$f" ] && cat "$f" >>"$results"
+    done
+  done
+done
+awk -f "$root/bench/quality/summary.awk" "$results"
+echo "(per-job results: $results)"
