@@ -103,7 +103,7 @@ TEST(HostImport, FilesOtherProgramsWroteEncodeToTheirOwnConfiguration) {
   }
 }
 
-TEST(HostImport, SevenOneIsEncodedAsFiveOneWithTheRearSurroundsMixedIn) {
+TEST(HostImport, SevenOneStaysSevenOneInDolbyDigitalPlusAndFoldsIntoFiveOneInDolbyDigital) {
   TempDir& dir = TestTempDir();
   const Planar speech = Speech(6);
   Planar wide;  // FL FR FC LFE BL BR SL SR (mask 0x63F): the rear pair carries a tone
@@ -113,16 +113,31 @@ TEST(HostImport, SevenOneIsEncodedAsFiveOneWithTheRearSurroundsMixedIn) {
   ASSERT_EQ(Ffmpeg({"-i", dir.File("mine71.wav"), "-c:a", "pcm_s24le", dir.File("in71.wav")}).exit_code, 0);
   EXPECT_EQ(ProbeFile(dir.File("in71.wav")).channel_layout, "7.1");
 
-  const ProcessResult run = RunDdhost({"encode", dir.File("in71.wav"), dir.File("out.ec3")});
-  ASSERT_EQ(run.exit_code, 0) << run.stderr_text;
-  EXPECT_NE(run.stdout_bytes.find("note: 7.1 input"), std::string::npos) << run.stdout_bytes;
-  const DecodeResult decoded = DecodeFile(dir.File("out.ec3"), {"-drc_scale", "0"});
-  ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
-  ASSERT_EQ(decoded.channels, 6);
-  ExpectEachChannelInPlace(speech, decoded.audio, 3);
-  // The rear tone is in the surround on its own side.
-  EXPECT_GT(NormalizedCorrelation(wide.channels[4], decoded.audio.channels[4]), 0.05);
-  EXPECT_LT(std::fabs(NormalizedCorrelation(wide.channels[4], decoded.audio.channels[5])), 0.02);
+  {
+    SCOPED_TRACE("Dolby Digital Plus: 7.1 with a dependent substream");
+    const ProcessResult run = RunDdhost({"encode", dir.File("in71.wav"), dir.File("out71.ec3")});
+    ASSERT_EQ(run.exit_code, 0) << run.stderr_text;
+    EXPECT_EQ(run.stdout_bytes.find("note: 7.1 input"), std::string::npos) << run.stdout_bytes;
+    const StreamInfo probe = ProbeFile(dir.File("out71.ec3"));
+    EXPECT_EQ(probe.channels, 8);
+    EXPECT_EQ(probe.channel_layout, "7.1");
+    const DecodeResult decoded = DecodeFile(dir.File("out71.ec3"), {"-drc_scale", "0"});
+    ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
+    ExpectEachChannelInPlace(wide, decoded.audio, 3);  // FFmpeg's 7.1 order is the file's
+  }
+  {
+    SCOPED_TRACE("Dolby Digital: the rear surrounds mixed into the surrounds");
+    const ProcessResult run = RunDdhost({"encode", dir.File("in71.wav"), dir.File("out.ac3")});
+    ASSERT_EQ(run.exit_code, 0) << run.stderr_text;
+    EXPECT_NE(run.stdout_bytes.find("note: 7.1 input"), std::string::npos) << run.stdout_bytes;
+    const DecodeResult decoded = DecodeFile(dir.File("out.ac3"), {"-drc_scale", "0"});
+    ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
+    ASSERT_EQ(decoded.channels, 6);
+    ExpectEachChannelInPlace(speech, decoded.audio, 3);
+    // The rear tone is in the surround on its own side.
+    EXPECT_GT(NormalizedCorrelation(wide.channels[4], decoded.audio.channels[4]), 0.05);
+    EXPECT_LT(std::fabs(NormalizedCorrelation(wide.channels[4], decoded.audio.channels[5])), 0.02);
+  }
 }
 
 TEST(HostExport, Mp4AndMatroskaCarryTheStreamAsItIsWithItsRealLength) {

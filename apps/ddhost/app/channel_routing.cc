@@ -15,17 +15,20 @@ constexpr float kMinus3dB = 0.70710678f;
 
 }  // namespace
 
-SourceFold FoldFor(const dolbydigital::ChannelLayout& fileLayout) {
+SourceFold FoldFor(const dolbydigital::ChannelLayout& fileLayout,
+                   const dolbydigital::ChannelLayout& streamLayout) {
   SourceFold fold;
   fold.into.assign(fileLayout.size(), -1);
   const int ls = Find(fileLayout, 104), rs = Find(fileLayout, 105);
   const int lrs = Find(fileLayout, 129), rrs = Find(fileLayout, 130);
-  fold.active = fileLayout.size() == 8 && ls >= 0 && rs >= 0 && lrs >= 0 && rrs >= 0;
+  const bool streamHasRears = Find(streamLayout, 129) >= 0 && Find(streamLayout, 130) >= 0;
+  fold.active = fileLayout.size() == 8 && ls >= 0 && rs >= 0 && lrs >= 0 && rrs >= 0 &&
+                !streamHasRears;
   if (fold.active) {
     fold.into[lrs] = ls;
     fold.into[rrs] = rs;
     fold.note = "7.1 input: the rear surrounds are mixed into the surrounds (-3 dB each) and "
-                "the programme is encoded as 5.1 (the engine does not offer 7.1 yet)";
+                "the programme is encoded as 5.1 (the settings give a stream without rear surrounds)";
   }
   for (std::size_t i = 0; i < fileLayout.size(); ++i) {
     if (fold.into[i] >= 0) continue;

@@ -10,8 +10,9 @@
 
 namespace ddhost {
 
-// A 7.1 file (L R C LFE Ls Rs Lrs Rrs) is encoded as 5.1 until the engine offers 7.1: each
-// rear surround is mixed into the surround on its side, both at -3 dB, so nothing is lost.
+// A 7.1 file (L R C LFE Ls Rs Lrs Rrs) whose settings give a stream without rear surrounds
+// (Dolby Digital, or a configuration pinned to 5.1) is encoded as 5.1: each rear surround is
+// mixed into the surround on its side, both at -3 dB, so nothing is lost.
 struct SourceFold {
   dolbydigital::ChannelLayout layout;  // the file's layout after folding
   std::vector<int> into;               // per file channel: the surround it goes into, or -1
@@ -19,7 +20,9 @@ struct SourceFold {
   bool active = false;
   std::string note;
 };
-SourceFold FoldFor(const dolbydigital::ChannelLayout& fileLayout);
+// `streamLayout` is the layout the settings encode when given the file's own layout.
+SourceFold FoldFor(const dolbydigital::ChannelLayout& fileLayout,
+                   const dolbydigital::ChannelLayout& streamLayout);
 void ApplyFold(const SourceFold& fold, std::vector<std::vector<float>>& planes, std::size_t frames);
 
 struct ChannelRoute {

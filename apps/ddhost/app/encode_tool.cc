@@ -185,12 +185,17 @@ int RunEncode(const std::vector<std::string>& args) {
               reader->Rate(), reader->Channels(), LayoutText(reader->Layout()).c_str(),
               reader->HasChannelMap() ? "" : ", the default order for this channel count");
 
-  const SourceFold fold = FoldFor(reader->Layout());
-  if (!fold.note.empty()) std::printf("note: %s\n", fold.note.c_str());
-
+  // What the settings make of the file's own layout decides whether a 7.1 file keeps its
+  // rear surrounds or is folded to 5.1.
   ParameterMap map;
   ChannelLayout target;
   bool usage = false;
+  if (!BuildSettings(a, impliedMode, reader->Layout(), map, target, error, usage))
+    return Fail(error) + (usage ? 1 : 0);
+  VerifyAndCorrectParameter(target, map);
+  const SourceFold fold = FoldFor(reader->Layout(), GetAudioChannelLayout(map));
+  if (!fold.note.empty()) std::printf("note: %s\n", fold.note.c_str());
+
   if (!BuildSettings(a, impliedMode, fold.layout, map, target, error, usage))
     return Fail(error) + (usage ? 1 : 0);
   if (a.dialnormAuto && !SetDialNormFromLoudness(*reader, target, map, error)) return Fail(error);
