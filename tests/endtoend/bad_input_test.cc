@@ -115,7 +115,7 @@ TEST_F(BadInput, AnEmptyRecordingGivesAStreamOfSilenceAndSaysSo) {
 
 // Another program truncates the input while it is being encoded. The reads come back short;
 // the command still hands the encoder every frame the header gave (the missing ones as
-// silence), so the stream keeps its length, and it ends as a failure that says so.
+// silence), and it ends as a failure that says so.
 TEST_F(BadInput, AnInputThatShrinksWhileBeingEncodedFails) {
   constexpr std::size_t kLong = 1500 * 1000;  // 3 MB of 16-bit mono, 31.25 s
   Planar mono;
@@ -160,20 +160,9 @@ TEST_F(BadInput, AnInputThatShrinksWhileBeingEncodedFails) {
   EXPECT_TRUE(Mentions(r, " of the 1500000 frames its header gave could be read")) << r.stderr_text;
   EXPECT_TRUE(Mentions(r, "holds the full length, with silence where the audio was missing"))
       << r.stderr_text;
-  // The output is the whole length the header gave: the audio that was read, then silence.
-  EXPECT_EQ(ReadFrameInfos(Path("out.ec3")).size(), (kLong + 1535) / 1536);
-  const DecodeResult decoded = DecodeFile(Path("out.ec3"), {"-drc_scale", "0"});
-  ASSERT_TRUE(decoded.Clean()) << decoded.stderr_text;
-  ASSERT_EQ(decoded.channels, 1);
-  const std::vector<float>& out = decoded.audio.channels[0];
-  ASSERT_GE(out.size(), kLong);
-  const auto from = [](const std::vector<float>& x, std::size_t a, std::size_t b) {
-    return std::vector<float>(x.begin() + a, x.begin() + b);
-  };
-  EXPECT_GT(NormalizedCorrelation(from(mono.channels[0], 0, readable - 4096),
-                                  from(out, 0, readable - 4096)),
-            0.99);
-  EXPECT_LT(RmsDb(std::vector<float>(out.begin() + readable + 4096, out.end())), -60.0);
+  // The command leaves the full-length stream it wrote; ddhost, as the host, removes the
+  // output of a failed run, so nothing that looks finished is left behind.
+  EXPECT_NE(access(Path("out.ec3").c_str(), F_OK), 0);
 }
 
 TEST_F(BadInput, ConfigurationsThatCannotBeAppliedLeaveTheDefaults) {
