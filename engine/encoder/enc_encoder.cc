@@ -36,23 +36,23 @@ void Encoder::Configure(const EncoderConfig& config) {
   frame_.snr_index = 0;
 }
 
-void Encoder::ConditionInput(const float* const slots[kInputSlots], InputReport* report) {
-  for (int s = 0; s < 6; ++s) {
-    if (!active_[s]) continue;
-    const float* in = slots[s];
-    float* out = work_[s];
-    for (int n = 0; n < kFrameInput; ++n) {
-      float x = in[n];
-      if (!std::isfinite(x)) {
-        ++report->non_finite;
-        x = 0.0f;
-      } else if (x > 1.0f || x < -1.0f) {
-        ++report->clipped;
-        x = x > 1.0f ? 1.0f : -1.0f;
-      }
-      out[n] = x;
+void ConditionSlot(const float* in, float* out, InputReport* report) {
+  for (int n = 0; n < kFrameInput; ++n) {
+    float x = in[n];
+    if (!std::isfinite(x)) {
+      ++report->non_finite;
+      x = 0.0f;
+    } else if (x > 1.0f || x < -1.0f) {
+      ++report->clipped;
+      x = x > 1.0f ? 1.0f : -1.0f;
     }
+    out[n] = x;
   }
+}
+
+void Encoder::ConditionInput(const float* const slots[kInputSlots], InputReport* report) {
+  for (int s = 0; s < 6; ++s)
+    if (active_[s]) ConditionSlot(slots[s], work_[s], report);
 }
 
 void Encoder::AdvanceHistory() {

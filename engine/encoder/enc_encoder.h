@@ -22,6 +22,10 @@ struct InputReport {
   int clipped = 0;      // samples beyond +-1, clipped
 };
 
+// Copies one frame of one input slot, replacing NaN and infinities by silence and clipping
+// samples beyond full scale, and counts each repair in `report`.
+void ConditionSlot(const float* in, float* out, InputReport* report);
+
 class Encoder {
  public:
   // Samples from input to decoded output: the pre-processing delay plus the 256 samples of

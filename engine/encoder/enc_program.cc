@@ -49,19 +49,7 @@ void ProgramEncoder::ConditionInput(const float* const slots[kInputSlots],
   for (int s = 0; s < kExtendedSlots; ++s) {
     const bool used = s != 3 || lfe_;
     if (!used || (s == kExtraSlot2 && extended_->dependent_channels < 4)) continue;
-    const float* in = slots[s];
-    float* out = input_[s];
-    for (int n = 0; n < kFrameInput; ++n) {
-      float x = in[n];
-      if (!std::isfinite(x)) {
-        ++report->non_finite;
-        x = 0.0f;
-      } else if (x > 1.0f || x < -1.0f) {
-        ++report->clipped;
-        x = x > 1.0f ? 1.0f : -1.0f;
-      }
-      out[n] = x;
-    }
+    ConditionSlot(slots[s], input_[s], report);
   }
 }
 

@@ -3,29 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
-
-#include <boost/make_shared.hpp>
 
 #include "dolbydigital/decoder.h"
 #include "dolbydigital/encoder.h"
 #include "dolbydigital/parameters.h"
+#include "in_memory_decode.h"
 
 namespace dolbydigital {
 namespace {
 
 constexpr std::size_t kSamples = 48000;
 
-// Band-limited noise, different in every channel, so lag and channel identity are unique.
 std::vector<std::vector<float>> Noise(std::size_t channels) {
-  std::mt19937 random(7);
-  std::normal_distribution<float> normal(0.0f, 0.1f);
-  std::vector<std::vector<float>> planes(channels, std::vector<float>(kSamples));
-  for (auto& plane : planes) {
-    float state = 0;
-    for (float& s : plane) s = state = 0.7f * state + normal(random);
-  }
-  return planes;
+  return ChannelNoise(channels, kSamples, 7, 0.1f);
 }
 
 ByteVector EncodeStream(CodecMode mode, const ParameterMap& params,
@@ -47,29 +37,8 @@ ByteVector EncodeStream(CodecMode mode, const ParameterMap& params,
   return stream;
 }
 
-struct Decoded {
-  Decoder decoder;
-  std::vector<std::vector<float>> planes;
-};
-
-void DecodeStream(const ByteVector& stream, Decoded* out) {
-  auto position = boost::make_shared<std::size_t>(0);
-  auto reader = boost::make_shared<ReadCallback>([&stream, position](std::uint8_t* b, std::size_t& size) {
-    size = std::min(size, stream.size() - *position);
-    std::copy_n(stream.begin() + *position, size, b);
-    *position += size;
-    return size > 0;
-  });
-  int error = 0;
-  ASSERT_TRUE(out->decoder.InitializeForDecode(reader, error)) << error;
-  *position = 0;
-  const std::size_t channels = out->decoder.GetAudioChannelLayout().size();
-  out->planes.assign(channels, std::vector<float>(kSamples + 4096));
-  std::vector<float*> pointers;
-  for (auto& p : out->planes) pointers.push_back(p.data());
-  std::size_t frames = kSamples + 4096;
-  out->decoder.Decode(pointers.data(), channels, frames, error);
-  for (auto& p : out->planes) p.resize(frames);
+void DecodeStream(const ByteVector& stream, InMemoryDecode* out) {
+  DecodeInMemory(stream, kSamples + 4096, out);
 }
 
 // The lag (in samples) at which `decoded` best matches `input`, and the match.
@@ -116,7 +85,7 @@ TEST(RoundTrip, OurStreamsComeBackAlignedWithTheirMetadata) {
     const ByteVector stream = EncodeStream(t.mode, params, input);
     ASSERT_FALSE(stream.empty());
 
-    Decoded decoded;
+    InMemoryDecode decoded;
     DecodeStream(stream, &decoded);
     ASSERT_EQ(decoded.planes.size(), layout.size());
     EXPECT_GE(decoded.planes[0].size(), kSamples - 1536);
