@@ -3,8 +3,7 @@
 # every loudspeaker says its own name, and encodes it with the default settings (Dolby
 # Digital Plus, 3/2 + LFE) into out/demo.ec3.
 #
-#   bash scripts/encode-demo.sh            # your own WAV: build/bin/ddhost dolbydigital.Encode
-#                                          #   -in=yours.wav -out=yours.ec3 [-cfg=settings.json]
+#   bash scripts/encode-demo.sh     # your own file: build/bin/ddhost encode yours.wav yours.ec3
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
