@@ -116,8 +116,10 @@ EngineReport RunEngine(const EngineJob& job) {
   ddpi_enc_handle handle = nullptr;
   rc = api.open(&handle, &setup, &pool, nullptr, nullptr);
   if (rc == 0) {
-    const int acmod = input.channels() >= 5 ? 7 : input.channels() == 1 ? 1 : 2;
-    const bool lfe = input.channels() == 6;
+    // 8 channels are 7.1 (configuration 21: L R C LFE Ls Rs Lrs Rrs, the slots in order).
+    const int channels = input.channels();
+    const int acmod = channels == 8 ? 21 : channels >= 5 ? 7 : channels == 1 ? 1 : 2;
+    const bool lfe = channels == 6 || channels == 8;
     const ddpi_enc_param_s params[] = {{DDPI_ENC_PARAM_DATARATE, job.kbps},
                                        {DDPI_ENC_PARAM_ACMOD, acmod},
                                        {DDPI_ENC_PARAM_LFE, lfe ? 1 : 0},

@@ -12,6 +12,7 @@ struct EngineJob {
   int mode = 1;             // engine mode (0 E-AC-3, 1 AC-3)
   int kbps = 448;
   std::string input_wav;    // 32-bit float WAV, 48 kHz, channels in slot order L R C LFE Ls Rs
+                            // (Lrs Rrs: 8 channels are 7.1)
   std::string output_path;
 };
 
