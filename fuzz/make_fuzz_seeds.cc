@@ -132,6 +132,7 @@ void WavSeeds() {
   };
   for (const auto& wav : wavs) {
     Save("wav_reader_fuzzer", wav.first, wav.second);
+    Save("sound_file_fuzzer", wav.first, wav.second);
     for (std::uint8_t configuration : {0, 1, 2, 5})
       Save("encode_command_fuzzer", std::string(wav.first) + "-cfg" + std::to_string(configuration),
            Join({configuration}, wav.second));

@@ -13,7 +13,7 @@ cd "$(dirname "$0")/.."
 
 seconds=${1:-60}
 targets=(decoder_fuzzer decoder_chunks_fuzzer parameter_text_fuzzer wav_reader_fuzzer
-         encode_command_fuzzer engine_setparams_fuzzer)
+         encode_command_fuzzer engine_setparams_fuzzer sound_file_fuzzer)
 build=build-fuzz
 run=$(date -u +%Y%m%dT%H%M%SZ)
 

@@ -38,6 +38,10 @@ void RunEncodeCommand(const std::uint8_t* data, std::size_t size);
 // to ddpi_enc_setparams, followed by a frame of audio through ddpi_enc_process.
 void SetEngineParams(const std::uint8_t* data, std::size_t size);
 
+// The bytes as a sound file of any kind libsndfile reads, taken in the way `ddhost encode`
+// takes its input: opened, its layout routed to a 5.1 stream, and read to its end.
+void ReadSoundFile(const std::uint8_t* data, std::size_t size);
+
 struct FuzzTarget {
   const char* name;  // the libFuzzer executable, its dictionary and its regressions folder
   Harness harness;
@@ -50,6 +54,7 @@ inline constexpr FuzzTarget kFuzzTargets[] = {
     {"wav_reader_fuzzer", ReadWavBytes},
     {"encode_command_fuzzer", RunEncodeCommand},
     {"engine_setparams_fuzzer", SetEngineParams},
+    {"sound_file_fuzzer", ReadSoundFile},
 };
 
 // A promise of the code under test; a broken one aborts with the text, like a sanitizer.
