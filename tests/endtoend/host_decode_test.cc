@@ -28,34 +28,59 @@ double WorstDifference(const std::vector<float>& a, const std::vector<float>& b)
   return worst;
 }
 
-TEST(HostDecode, EveryConfigurationComesOutWithEachChannelInPlace) {
+// Encodes `input` with the registered command at configuration `acmod`, decodes it with
+// ddhost decode, and checks the WAV against FFmpeg's decode of the stream channel by channel.
+void ExpectDecodeInPlace(const Planar& input, int acmod, bool lfe, int kbps) {
   TempDir& dir = TestTempDir();
+  ASSERT_TRUE(WriteWav(dir.File("in.wav"), input, WavFormat::kPcm16));
+  WriteText(dir.File("cfg.json"), "{\"CodecMode\": 0, \"ChannelConfiguration\": " + std::to_string(acmod) +
+                                      ", \"EnableLFE\": " + (lfe ? "1" : "0") +
+                                      ", \"DataRate\": " + std::to_string(kbps) + "}");
+  const std::string stream = dir.File("s.ec3"), wav = dir.File("s.wav");
+  const ProcessResult encoded = RunEncode(dir.File("in.wav"), stream, dir.File("cfg.json"));
+  ASSERT_EQ(encoded.exit_code, 0) << encoded.stderr_text;
+  const ProcessResult run = RunDdhost({"decode", stream, wav});
+  ASSERT_EQ(run.exit_code, 0) << run.stderr_text;
+
+  const StreamInfo streamInfo = ProbeFile(stream), wavInfo = ProbeFile(wav);
+  EXPECT_EQ(wavInfo.channels, streamInfo.channels);
+  EXPECT_EQ(wavInfo.channel_layout, streamInfo.channel_layout);
+  // The library's decoder applies no dynamic range compression; FFmpeg's is turned off to match.
+  const DecodeResult reference = DecodeFile(stream, {"-drc_scale", "0"}), ours = DecodeFile(wav);
+  ASSERT_TRUE(reference.Clean()) << reference.stderr_text;
+  ASSERT_TRUE(ours.Clean()) << ours.stderr_text;
+  ASSERT_EQ(ours.channels, reference.channels);
+  for (int ch = 0; ch < ours.channels; ++ch)
+    EXPECT_LE(WorstDifference(ours.audio.channels[ch], reference.audio.channels[ch]), 1e-5) << "channel " << ch;
+}
+
+TEST(HostDecode, EveryConfigurationComesOutWithEachChannelInPlace) {
   const Configuration configurations[] = {
       {"1+1", 0, false}, {"1/0", 1, false}, {"2/0", 2, false}, {"3/0", 3, false},
       {"2/1", 4, false}, {"3/1", 5, false}, {"2/2", 6, false}, {"3/2", 7, false},
       {"2/0+LFE", 2, true}, {"2/1+LFE", 4, true}, {"3/1+LFE", 5, true}, {"3/2+LFE", 7, true}};
   for (const Configuration& c : configurations) {
     SCOPED_TRACE(c.name);
-    const Planar input = SpeechForLayout(c.acmod, c.lfe, kFrames);
-    ASSERT_TRUE(WriteWav(dir.File("in.wav"), input, WavFormat::kPcm16));
-    WriteText(dir.File("cfg.json"), "{\"CodecMode\": 0, \"ChannelConfiguration\": " + std::to_string(c.acmod) +
-                                        ", \"EnableLFE\": " + (c.lfe ? "1" : "0") + ", \"DataRate\": 384}");
-    const std::string stream = dir.File("s.ec3"), wav = dir.File("s.wav");
-    const ProcessResult encoded = RunEncode(dir.File("in.wav"), stream, dir.File("cfg.json"));
-    ASSERT_EQ(encoded.exit_code, 0) << encoded.stderr_text;
-    const ProcessResult run = RunDdhost({"decode", stream, wav});
-    ASSERT_EQ(run.exit_code, 0) << run.stderr_text;
+    ExpectDecodeInPlace(SpeechForLayout(c.acmod, c.lfe, kFrames), c.acmod, c.lfe, 384);
+  }
+}
 
-    const StreamInfo streamInfo = ProbeFile(stream), wavInfo = ProbeFile(wav);
-    EXPECT_EQ(wavInfo.channels, streamInfo.channels);
-    EXPECT_EQ(wavInfo.channel_layout, streamInfo.channel_layout);
-    // The library's decoder applies no dynamic range compression; FFmpeg's is turned off to match.
-    const DecodeResult reference = DecodeFile(stream, {"-drc_scale", "0"}), ours = DecodeFile(wav);
-    ASSERT_TRUE(reference.Clean()) << reference.stderr_text;
-    ASSERT_TRUE(ours.Clean()) << ours.stderr_text;
-    ASSERT_EQ(ours.channels, reference.channels);
-    for (int ch = 0; ch < ours.channels; ++ch)
-      EXPECT_LE(WorstDifference(ours.audio.channels[ch], reference.audio.channels[ch]), 1e-5) << "channel " << ch;
+// 7.1, 6.1 and 5.1 with front heights: an independent and a dependent substream, written as
+// one WAV whose mask places the side, rear and height pairs.
+TEST(HostDecode, ProgrammesBeyondFiveOneComeOutWithEachChannelInPlace) {
+  struct Extended {
+    const char* name;
+    int configuration;
+    std::vector<const char*> extra;  // recordings for the channels after L R C LFE Ls Rs
+  };
+  const Extended programmes[] = {{"7.1", 21, {"Side_Left", "Side_Right"}},
+                                 {"6.1", 24, {"Rear_Center"}},
+                                 {"5.1 + front heights", 19, {"Side_Left", "Side_Right"}}};
+  for (const Extended& e : programmes) {
+    SCOPED_TRACE(e.name);
+    Planar input = SpeechForLayout(7, true, kFrames);
+    for (const char* name : e.extra) input.channels.push_back(LoadAlsaSpeech({name}, kFrames).channels[0]);
+    ExpectDecodeInPlace(input, e.configuration, true, 640);
   }
 }
 
