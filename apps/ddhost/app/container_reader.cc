@@ -8,14 +8,10 @@ extern "C" {
 
 #include <cstring>
 
+#include "av_error.h"
+
 namespace ddhost {
 namespace {
-
-std::string AvError(int code) {
-  char text[AV_ERROR_MAX_STRING_SIZE] = {};
-  av_strerror(code, text, sizeof text);
-  return text;
-}
 
 bool IsContainerFormat(const AVInputFormat* format) {
   if (!format || !format->name) return false;

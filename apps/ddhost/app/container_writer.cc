@@ -9,17 +9,12 @@ extern "C" {
 #include <cstring>
 #include <vector>
 
+#include "av_error.h"
 #include "output_file.h"
 #include "sync_frames.h"
 
 namespace ddhost {
 namespace {
-
-std::string AvError(int code) {
-  char text[AV_ERROR_MAX_STRING_SIZE] = {};
-  av_strerror(code, text, sizeof text);
-  return text;
-}
 
 class ContainerWriter : public StreamWriter {
  public:

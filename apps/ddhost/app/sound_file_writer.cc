@@ -3,9 +3,9 @@
 #include <sndfile.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 
+#include "file_extension.h"
 #include "output_file.h"
 
 namespace ddhost {
@@ -23,17 +23,9 @@ const Container kContainers[] = {
     {"aif", SF_FORMAT_AIFF, "AIFF"}, {"aiff", SF_FORMAT_AIFF, "AIFF"},
     {"caf", SF_FORMAT_CAF, "CAF"}};
 
-std::string Extension(const std::string& path) {
-  const std::size_t dot = path.rfind('.');
-  const std::size_t slash = path.rfind('/');
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
-  std::string ext = path.substr(dot + 1);
-  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return ext;
-}
 
 const Container* ContainerFor(const std::string& path) {
-  const std::string ext = Extension(path);
+  const std::string ext = LowerCaseExtension(path);
   for (const Container& c : kContainers)
     if (ext == c.extension) return &c;
   return nullptr;

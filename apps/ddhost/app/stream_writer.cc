@@ -2,24 +2,15 @@
 
 #include <unistd.h>
 
-#include <cctype>
 #include <cerrno>
 #include <cstring>
 
 #include "container_writer.h"
+#include "file_extension.h"
 #include "output_file.h"
 
 namespace ddhost {
 namespace {
-
-std::string Extension(const std::string& path) {
-  const std::size_t dot = path.rfind('.');
-  const std::size_t slash = path.rfind('/');
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
-  std::string ext = path.substr(dot + 1);
-  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return ext;
-}
 
 class ElementaryStreamWriter : public StreamWriter {
  public:
@@ -44,7 +35,7 @@ class ElementaryStreamWriter : public StreamWriter {
 }  // namespace
 
 bool IsStreamOutput(const std::string& path, int& impliedMode) {
-  const std::string ext = Extension(path);
+  const std::string ext = LowerCaseExtension(path);
   impliedMode = -1;
   if (ext == "ac3") impliedMode = dolbydigital::kCodecMode_DolbyDigital;
   else if (ext == "ec3" || ext == "eac3") impliedMode = dolbydigital::kCodecMode_DolbyDigitalPlus;
@@ -54,7 +45,7 @@ bool IsStreamOutput(const std::string& path, int& impliedMode) {
 
 std::unique_ptr<StreamWriter> OpenStreamWriter(OutputFile& output, const StreamFormat& format,
                                                std::string& error) {
-  const std::string ext = Extension(output.Target());
+  const std::string ext = LowerCaseExtension(output.Target());
   if (const char* muxer = ContainerForExtension(ext))
     return OpenContainerWriter(output, muxer, format, error);
   return std::make_unique<ElementaryStreamWriter>(output.Descriptor());
