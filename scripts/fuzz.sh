@@ -2,7 +2,7 @@
 # Builds the libFuzzer targets with clang, AddressSanitizer and UBSan in build-fuzz/, then
 # runs each for SECONDS (default 60), one after another, and prints per target how many
 # inputs it ran and what it found.
-#   scripts/fuzz.sh [SECONDS]
+#   scripts/fuzz.sh [SECONDS [TARGET ...]]     all targets unless some are named
 # Each target starts from the seeds the build makes (build-fuzz/fuzz-seeds/<target>), the
 # corpus it grew before (build-fuzz/fuzz-corpus/<target>) and its saved regressions
 # (fuzz/regressions/<target>), with its dictionary (fuzz/dictionaries/<target>.dict).
@@ -14,6 +14,10 @@ cd "$(dirname "$0")/.."
 seconds=${1:-60}
 targets=(decoder_fuzzer decoder_chunks_fuzzer parameter_text_fuzzer wav_reader_fuzzer
          encode_command_fuzzer engine_setparams_fuzzer sound_file_fuzzer)
+if [ $# -gt 1 ]; then
+  shift
+  targets=("$@")
+fi
 build=build-fuzz
 run=$(date -u +%Y%m%dT%H%M%SZ)
 
