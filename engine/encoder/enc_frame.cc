@@ -61,26 +61,27 @@ namespace {
 constexpr double kCouplingRate = 48;
 constexpr double kCouplingBeginShare = 0.7;
 
-// Stereo above kCouplingRate and up to kStereoCouplingTop kbps per channel shares the band
-// from kStereoBegin (cplbegf 3, 6.8 kHz, at 64 kbps per channel and below) or kStereoBeginHigh
-// (cplbegf 6, 10.2 kHz, at 96 and above) up to 17 kHz (cplendf 9), also where the rate
-// table's bandwidth is lower: the shared band is cheap. Dense music gains most:
-// PEAQ basic ODG at AC-3 2.0 128k rock -1.68 -> -1.12, metal -1.90 -> -1.32; at 192k rock
-// -0.34 -> -0.17, metal -0.45 -> -0.23; tonal items gain too (glockenspiel 128k -1.15 ->
-// -0.47, pitchpipe 192k -1.76 -> -1.47). Starting lower or ending higher lost at both rates;
-// at 48 kbps per channel (E-AC-3 96k) coupling lost (rock -3.01 -> -3.38). Frames whose
-// channels differ in that band (coherence under kStereoCoherence: castanets panned hit by hit,
-// applause) are coded without coupling: coupled they lost 0.1-0.3. A threshold of 0.75 kept
-// more frames coupled (metal 128k -1.19) at a cost on castanets (-0.52 against -0.41).
-constexpr double kStereoCouplingTop = 112;
+// Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
+// measured) shares the band from 6.8 kHz (cplbegf 3, at 64 kbps per channel) to 10.2 kHz
+// (cplbegf 6, at 96), interpolated, up to 17 kHz (cplendf 9), beyond the uncoupled bandwidth
+// at 64: the shared band is cheap. Dense music gains most: PEAQ basic ODG at AC-3 2.0 128k
+// rock -1.68 -> -1.12, metal -1.90 -> -1.32; at 192k rock -0.34 -> -0.17, metal -0.45 ->
+// -0.23; tonal items gain too (glockenspiel 128k -1.15 -> -0.47, pitchpipe 192k -1.76 ->
+// -1.47). Starting lower or ending higher lost at both rates; at 48 kbps per channel (E-AC-3
+// 96k) coupling lost (rock -3.01 -> -3.38). Frames whose channels differ in that band
+// (coherence under kStereoCoherence: castanets panned hit by hit, applause) are coded without
+// coupling: coupled they lost 0.1-0.3. A threshold of 0.75 kept more frames coupled (metal
+// 128k -1.19) at a cost on castanets (-0.52 against -0.41).
+constexpr double kStereoCouplingBottom = 64, kStereoCouplingTop = 96;
 constexpr int kStereoBegin = 3, kStereoBeginHigh = 6, kStereoEnd = 9;
 constexpr float kStereoCoherence = 0.85f;
 
 void ChooseCoupling(double per_channel, int acmod, int end, CodingPlan* plan) {
-  if (acmod == 2 && per_channel > kCouplingRate && per_channel <= kStereoCouplingTop) {
-    const double share = std::clamp((per_channel - 64) / 32, 0.0, 1.0);
+  if (acmod == 2 && per_channel >= kStereoCouplingBottom && per_channel <= kStereoCouplingTop) {
+    const double share = (per_channel - kStereoCouplingBottom) /
+                         (kStereoCouplingTop - kStereoCouplingBottom);
     plan->cplbegf = kStereoBegin + static_cast<int>(share * (kStereoBeginHigh - kStereoBegin) + 0.5);
-    plan->cplendf = kStereoEnd;  // beyond the uncoupled bandwidth at 64 kbps per channel
+    plan->cplendf = kStereoEnd;
     plan->cplfit = 1.0f;
     plan->cpl_min_coherence = kStereoCoherence;
     plan->coupling = plan->cplbegf < plan->cplendf + 3;

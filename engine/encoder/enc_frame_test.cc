@@ -127,7 +127,7 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
 // only in frames whose channels carry much the same there.
 TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   EXPECT_FALSE(PlanForRate(96, 2, false).coupling);  // 48 kbps per channel: not worth it
-  EXPECT_FALSE(PlanForRate(448, 2, false).coupling);
+  EXPECT_FALSE(PlanForRate(256, 2, false).coupling);
   const CodingPlan plan = PlanForRate(128, 2, false);
   ASSERT_TRUE(plan.coupling);
   EXPECT_LT(plan.cplbegf, PlanForRate(192, 2, false).cplbegf);  // starts lower at lower rates
