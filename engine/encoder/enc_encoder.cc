@@ -85,7 +85,7 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
   for (int c = 0; c < frame_.channels; ++c)
     for (int b = 0; b < kBlocks; ++b)
       short_blocks_[c][b] =
-          c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256);
+          c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256, fresh[c] + b * 256);
 
   // The decoder reproduces history[256b, 256b + 256) from block b: the DRC words are computed
   // on exactly those samples.

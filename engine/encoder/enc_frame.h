@@ -75,6 +75,9 @@ struct CodingPlan {
   int cplbegf = 0;           // coupling range, see CouplingLayout
   int cplendf = 0;
   float cplfit = 0;          // coordinates: 0 energy-preserving .. 1 least-squares
+  // A frame whose channels correlate less than this with their sum in the coupling range is
+  // coded without coupling (see CouplingCoherence); -1 couples every frame.
+  float cpl_min_coherence = -1;
 };
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe);
 

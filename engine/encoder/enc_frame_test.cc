@@ -123,6 +123,36 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
   EXPECT_GT(early_bits(), limit * 3 / 4);  // and the search still fills what it may
 }
 
+// Stereo shares its upper band where the rate leaves too little for two full channels, and
+// only in frames whose channels carry much the same there.
+TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
+  EXPECT_FALSE(PlanForRate(96, 2, false).coupling);  // 48 kbps per channel: not worth it
+  EXPECT_FALSE(PlanForRate(256, 2, false).coupling);
+  const CodingPlan plan = PlanForRate(128, 2, false);
+  ASSERT_TRUE(plan.coupling);
+  EXPECT_LT(plan.cplbegf, PlanForRate(192, 2, false).cplbegf);  // starts lower at lower rates
+  constexpr int kLength = kHistory + kFrameInput;
+  for (bool same : {true, false}) {
+    auto f = std::make_unique<FrameData>();
+    f->acmod = 2;
+    f->nfch = f->channels = 2;
+    std::vector<float> input(2 * kLength);
+    uint32_t seed = 5;
+    for (int c = 0; c < 2; ++c)
+      for (int n = 0; n < kLength; ++n) {
+        seed = seed * 1664525u + 1013904223u;
+        const float noise = static_cast<float>((seed >> 8) / 16777216.0 - 0.5);
+        input[c * kLength + n] = same && c == 1 ? 0.5f * input[n] : 0.3f * noise;
+      }
+    const float* channels[2] = {&input[0], &input[kLength]};
+    bool short_blocks[kMaxChannels][kBlocks] = {};
+    AnalyzeFrame(channels, short_blocks, plan, f.get());
+    EXPECT_EQ(f->cplinu, same);
+    // Coupled, the channels end where coupling starts; apart, each keeps its full band.
+    EXPECT_EQ(f->ch[0].end, same ? f->cpl.start : 73 + 3 * plan.chbwcod);
+  }
+}
+
 // What a common offset step leaves over goes to single channels' fine offsets: more of the
 // budget is used, never more than the budget.
 TEST(Frame, PerChannelFineOffsetsFillTheFrame) {

@@ -14,11 +14,37 @@ constexpr float kA1 = -0.62020410f, kA2 = 0.24040821f;
 constexpr float kThreshold[3] = {0.1f, 0.075f, 0.05f};
 constexpr float kSilence = 100.0f / 32768.0f;
 
+// Peaks of the four 64-sample segments of a block.
+void QuarterPeaks(const float* x, float quarter[4]) {
+  for (int s = 0; s < 4; ++s) {
+    float lanes[8] = {};
+    for (int n = 0; n < 64; n += 8)
+      for (int k = 0; k < 8; ++k) lanes[k] = std::max(lanes[k], std::fabs(x[s * 64 + n + k]));
+    float peak = 0;
+    for (float lane : lanes) peak = std::max(peak, lane);
+    quarter[s] = peak;
+  }
+}
+
+// Last block's quarter peaks then this block's: the 256 samples before quarter q of this block
+// are quarters q .. q + 3 of the result. Stores this block's peaks as the next block's last.
+void Shift(const float quarter[4], float last[4], float history[8]) {
+  std::copy(last, last + 4, history);
+  std::copy(quarter, quarter + 4, history + 4);
+  std::copy(quarter, quarter + 4, last);
+}
+
+float PeakBefore(const float history[8], int first_quarter) {
+  return std::max(std::max(history[first_quarter], history[first_quarter + 1]),
+                  std::max(history[first_quarter + 2], history[first_quarter + 3]));
+}
+
 }  // namespace
 
 void TransientDetector::Reset() {
   s1_ = s2_ = 0;
   std::fill(last_quarters_, last_quarters_ + 4, 0.0f);
+  std::fill(last_full_quarters_, last_full_quarters_ + 4, 0.0f);
 }
 
 void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
@@ -55,31 +81,16 @@ bool TransientDetector::Detect(const float* block) {
   TransientDetector* self = this;
   float* out = filtered;
   HighPassChannels(&self, &block, &out, 1, 256);
-  return DetectFiltered(filtered);
+  return DetectFiltered(filtered, block);
 }
 
-bool TransientDetector::DetectFiltered(const float* filtered) {
-  // Peaks of the four 64-sample segments; the 128- and 256-sample levels are their maxima.
-  float quarter[4];
-  for (int s = 0; s < 4; ++s) {
-    float lanes[8] = {};
-    for (int n = 0; n < 64; n += 8)
-      for (int k = 0; k < 8; ++k)
-        lanes[k] = std::max(lanes[k], std::fabs(filtered[s * 64 + n + k]));
-    float peak = 0;
-    for (float lane : lanes) peak = std::max(peak, lane);
-    quarter[s] = peak;
-  }
-  // Quarter peaks of the previous block then this one: the 256 samples before quarter q are
-  // quarters q .. q + 3 of this history.
-  float history[8];
-  std::copy(last_quarters_, last_quarters_ + 4, history);
-  std::copy(quarter, quarter + 4, history + 4);
-  std::copy(quarter, quarter + 4, last_quarters_);
-  auto before = [&](int first_quarter) {
-    return std::max(std::max(history[first_quarter], history[first_quarter + 1]),
-                    std::max(history[first_quarter + 2], history[first_quarter + 3]));
-  };
+bool TransientDetector::DetectFiltered(const float* filtered, const float* block) {
+  // The 128- and 256-sample levels are maxima of the 64-sample quarters.
+  float quarter[4], full_quarter[4], history[8], full_history[8];
+  QuarterPeaks(filtered, quarter);
+  QuarterPeaks(block, full_quarter);
+  Shift(quarter, last_quarters_, history);
+  Shift(full_quarter, last_full_quarters_, full_history);
 
   bool transient = false;
   for (int level = 0; level < kLevels; ++level) {
@@ -87,7 +98,10 @@ bool TransientDetector::DetectFiltered(const float* filtered) {
     for (int s = 0; s < (1 << level); ++s) {
       float peak = 0;
       for (int q = s * quarters; q < (s + 1) * quarters; ++q) peak = std::max(peak, quarter[q]);
-      if (peak > kSilence && peak * kThreshold[level] > before(s * quarters)) transient = true;
+      const int first = s * quarters;
+      if (peak > kSilence && peak * kThreshold[level] > PeakBefore(history, first) &&
+          peak > PeakBefore(full_history, first))
+        transient = true;
     }
   }
   return transient;

@@ -49,6 +49,27 @@ TEST(Transient, AttackAfterQuietSwitchesOnlyItsBlock) {
   EXPECT_TRUE(t.Detect(attack));
 }
 
+// A high-band burst under a louder low tone stays on long blocks; the same burst rising above
+// the tone's peaks switches.
+TEST(Transient, HighBandBurstMustRiseAboveTheFullBand) {
+  for (float burst : {0.1f, 0.8f}) {
+    TransientDetector t;
+    t.Reset();
+    float block[256];
+    bool switched = false;
+    for (int b = 0; b < 5; ++b) {
+      for (int n = 0; n < 256; ++n) {
+        block[n] = 0.5f * std::sin(2 * M_PI * 200.0 * (b * 256 + n) / 48000);
+        if (b == 4 && n >= 192) block[n] += burst * ((n % 2) ? 1.0f : -1.0f);
+      }
+      const bool detected = t.Detect(block);
+      if (b > 0 && b < 4) EXPECT_FALSE(detected) << burst;  // block 0 is the onset
+      else switched = detected;
+    }
+    EXPECT_EQ(switched, burst > 0.5f) << burst;
+  }
+}
+
 TEST(Transient, SilenceAndNoiseFloorAreNotAttacks) {
   TransientDetector t;
   t.Reset();

@@ -39,7 +39,12 @@ void ExpectEachChannelInPlace(const Planar& input, const Planar& decoded, int lf
     const bool lfe = static_cast<int>(ch) == lfeIndex;
     const int lag = lfe ? BestLag(source, output, 480) : 0;
     if (!lfe) {
-      EXPECT_EQ(BestLag(source, output, 2000), 0);
+      // A pure tone correlates as well one whole period away (the 1499 Hz rear tone: 32.02
+      // samples): lag 0 must do as well as the best lag, not necessarily be it.
+      const int best = BestLag(source, output, 2000);
+      EXPECT_GE(NormalizedCorrelation(source, output, 0),
+                NormalizedCorrelation(source, output, best) - 1e-3)
+          << "best lag " << best;
     }
     const double own = NormalizedCorrelation(source, output, lag);
     EXPECT_GT(own, 0.8);
