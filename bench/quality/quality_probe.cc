@@ -14,6 +14,8 @@
 //       against the reference's, in dB.
 #include <sndfile.h>
 
+#include "metrics.h"
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -179,27 +181,6 @@ Planes Synthesize(const std::string& kind) {
 
 // ---- measurements ----
 
-void Fft(std::vector<std::complex<double>>& a) {
-  const size_t n = a.size();
-  for (size_t i = 1, j = 0; i < n; ++i) {
-    size_t bit = n >> 1;
-    for (; j & bit; bit >>= 1) j ^= bit;
-    j ^= bit;
-    if (i < j) std::swap(a[i], a[j]);
-  }
-  for (size_t len = 2; len <= n; len <<= 1) {
-    const std::complex<double> w = std::polar(1.0, -2 * kPi / len);
-    for (size_t i = 0; i < n; i += len) {
-      std::complex<double> wk = 1;
-      for (size_t k = 0; k < len / 2; ++k, wk *= w) {
-        const auto u = a[i + k], v = a[i + k + len / 2] * wk;
-        a[i + k] = u + v;
-        a[i + k + len / 2] = u - v;
-      }
-    }
-  }
-}
-
 constexpr int kFrame = 2048;
 constexpr double kBinHz = static_cast<double>(kRate) / kFrame;
 
@@ -214,7 +195,7 @@ std::vector<double> FramePower(const Planes& x, size_t first_sample) {
       const double w = 0.5 - 0.5 * std::cos(2 * kPi * (i + 0.5) / kFrame);
       a[i] = at < ch.size() ? w * ch[at] : 0.0;
     }
-    Fft(a);
+    ddtest::Fft(&a, false);
     for (int k = 0; k <= kFrame / 2; ++k) power[k] += std::norm(a[k]);
   }
   return power;

@@ -11,7 +11,22 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 using Complex = std::complex<double>;
 
-// In-place iterative radix-2 FFT; size must be a power of two. inverse skips the 1/N scaling.
+size_t NextPowerOfTwo(size_t n) {
+  size_t p = 1;
+  while (p < n) p <<= 1;
+  return p;
+}
+
+double Bark(double hz) {
+  return 13.0 * std::atan(0.00076 * hz) + 3.5 * std::atan((hz / 7500.0) * (hz / 7500.0));
+}
+
+double PowerDb(double power) {
+  return power > 0 ? 10.0 * std::log10(power) : -std::numeric_limits<double>::infinity();
+}
+
+}  // namespace
+
 void Fft(std::vector<Complex>* data, bool inverse) {
   std::vector<Complex>& a = *data;
   const size_t n = a.size();
@@ -36,22 +51,6 @@ void Fft(std::vector<Complex>* data, bool inverse) {
     }
   }
 }
-
-size_t NextPowerOfTwo(size_t n) {
-  size_t p = 1;
-  while (p < n) p <<= 1;
-  return p;
-}
-
-double Bark(double hz) {
-  return 13.0 * std::atan(0.00076 * hz) + 3.5 * std::atan((hz / 7500.0) * (hz / 7500.0));
-}
-
-double PowerDb(double power) {
-  return power > 0 ? 10.0 * std::log10(power) : -std::numeric_limits<double>::infinity();
-}
-
-}  // namespace
 
 double SnrDb(const std::vector<float>& ref, const std::vector<float>& test, size_t ref_begin,
              size_t test_begin, size_t count) {

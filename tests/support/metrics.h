@@ -2,10 +2,15 @@
 #ifndef DD_TESTS_SUPPORT_METRICS_H
 #define DD_TESTS_SUPPORT_METRICS_H
 
+#include <complex>
 #include <cstddef>
 #include <vector>
 
 namespace ddtest {
+
+// In-place iterative radix-2 FFT; the size must be a power of two. inverse skips the 1/N
+// scaling.
+void Fft(std::vector<std::complex<double>>* data, bool inverse);
 
 // 10 log10(sum ref^2 / sum (test - ref)^2) over ref[ref_begin + i], test[test_begin + i],
 // i < count (clamped to what both hold). +inf for identical signals, -inf for silent ref.
