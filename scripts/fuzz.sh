@@ -3,6 +3,7 @@
 # runs each for SECONDS (default 60), one after another, and prints per target how many
 # inputs it ran and what it found.
 #   scripts/fuzz.sh [SECONDS [TARGET ...]]     all targets unless some are named
+#   FUZZ_MAX_RUNS=N scripts/fuzz.sh ...         also stop a target once it ran N inputs
 # Each target starts from the seeds the build makes (build-fuzz/fuzz-seeds/<target>), the
 # corpus it grew before (build-fuzz/fuzz-corpus/<target>) and its saved regressions
 # (fuzz/regressions/<target>), with its dictionary (fuzz/dictionaries/<target>.dict).
@@ -37,11 +38,12 @@ for target in "${targets[@]}"; do
   echo "== $target: ${seconds}s"
   status=0
   # The Encode command reports on stderr for every input; keep the log to libFuzzer's own.
-  quiet=()
-  [ "$target" = encode_command_fuzzer ] && quiet=(-close_fd_mask=3)
+  extra=()
+  [ "$target" = encode_command_fuzzer ] && extra=(-close_fd_mask=3)
+  [ -n "${FUZZ_MAX_RUNS:-}" ] && extra+=(-runs="$FUZZ_MAX_RUNS")
   "$build/bin/$target" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 \
     -dict="fuzz/dictionaries/$target.dict" -artifact_prefix="$findings/" \
-    -print_final_stats=1 "${quiet[@]}" \
+    -print_final_stats=1 "${extra[@]}" \
     "${inputs[@]}" >"$log" 2>&1 || status=$?
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
   if [ -z "$executions" ]; then  # stopped by a finding before the final statistics

@@ -70,8 +70,14 @@ void SetEngineParams(const std::uint8_t* data, std::size_t size) {
 
   ddpi_enc_querymem_op_s need{};
   if (ddpi_enc_querymem(&setup, &need) != 0) return;
-  const std::size_t bytes = (need.memory_size + 63) / 64 * 64;
-  std::unique_ptr<void, FreeMemory> memory(std::aligned_alloc(64, bytes == 0 ? 64 : bytes));
+  // One pool serves every run, as a host reusing its buffer would: a fresh multi-megabyte
+  // allocation per run costed more than the encoding itself.
+  static std::unique_ptr<void, FreeMemory> memory;
+  static std::size_t capacity = 0;
+  if (capacity < need.memory_size) {
+    capacity = (need.memory_size + 63) / 64 * 64;
+    memory.reset(std::aligned_alloc(64, capacity));
+  }
   ddpi_enc_memory_pool_s pool{need.memory_size, memory.get()};
   ddpi_enc_handle engine = nullptr;
   if (ddpi_enc_open(&engine, &setup, &pool, IgnoreMessage, nullptr) != 0) return;

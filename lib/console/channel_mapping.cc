@@ -1,5 +1,6 @@
 #include "console/channel_mapping.h"
 
+#include <algorithm>
 #include <bitset>
 #include <cstdio>
 
@@ -80,9 +81,15 @@ std::string Abbreviation(const ChannelLayout& layout, std::size_t i) {
              : name;
 }
 
+// Names channels from..to-1; a header may declare thousands of channels, so a long run is
+// cut short with a count of the rest rather than printed in full.
 std::string Names(const ChannelLayout& layout, std::size_t from, std::size_t to) {
+  constexpr std::size_t kMostNamed = 16;
+  const std::size_t named = std::min(to - from, kMostNamed);
   std::string text;
-  for (std::size_t i = from; i < to; ++i) text += (text.empty() ? "" : " ") + Abbreviation(layout, i);
+  for (std::size_t i = from; i < from + named; ++i)
+    text += (text.empty() ? "" : " ") + Abbreviation(layout, i);
+  if (to - from > named) text += " and " + std::to_string(to - from - named) + " more";
   return text;
 }
 

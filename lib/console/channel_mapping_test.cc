@@ -65,6 +65,15 @@ TEST_F(ChannelMappingTest, FileOrderPlacementIsSpelledOut) {
   EXPECT_EQ(Place(8, 0, k51),
             std::vector<std::string>{"the file's Lrs Rrs have no place in the stream (the "
                                      "stream) and are left out"});
+  // A header may declare thousands of channels; the warning names a few and counts the rest.
+  const std::vector<std::string> many = Place(4000, 0, k51);
+  ASSERT_EQ(many.size(), 2u);
+  EXPECT_NE(many[0].find("channel 16 and 3984 more (by their count)"), std::string::npos) << many[0];
+  EXPECT_EQ(many[1],
+                "the file's channel 7 channel 8 channel 9 channel 10 channel 11 channel 12 "
+                "channel 13 channel 14 channel 15 channel 16 channel 17 channel 18 channel 19 "
+                "channel 20 channel 21 channel 22 and 3978 more have no place in the stream (the "
+                "stream) and are left out");
 }
 
 }  // namespace

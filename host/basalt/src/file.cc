@@ -172,10 +172,17 @@ struct IPlatformByteStream::Impl {
 
 IPlatformByteStream::IPlatformByteStream(const File& file, std::size_t buffer_size) : impl_(new Impl()) {
   impl_->buffer_size = buffer_size == 0 ? kDefaultStreamBuffer : buffer_size;
-  impl_->buffer.reset(new unsigned char[impl_->buffer_size]);
   impl_->fd = OpenDescriptor(NativePath(file.GetPath()), O_RDONLY);
   struct stat info;
   if (impl_->fd >= 0 && (::fstat(impl_->fd, &info) != 0 || S_ISDIR(info.st_mode))) Close();
+  // A regular file smaller than the buffer never needs all of it; a file that grows later
+  // is still read in full, a buffer's worth at a time.
+  if (IsOpen() && S_ISREG(info.st_mode)) {
+    const auto fileSize = static_cast<std::uint64_t>(info.st_size);
+    impl_->buffer_size = static_cast<std::size_t>(
+        std::min<std::uint64_t>(impl_->buffer_size, std::max<std::uint64_t>(fileSize, 4096)));
+  }
+  impl_->buffer.reset(new unsigned char[impl_->buffer_size]);
 }
 
 IPlatformByteStream::~IPlatformByteStream() {
