@@ -5,8 +5,11 @@
 # the original (dB), pre-echo per attack (dB added in the 5 ms before it) and each 5.1
 # channel's lag after the reported delay (ours) or the found one (FFmpeg's).
 #   run.sh [--quick] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR] [--jobs N]
+#          [--ours-only]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
 # eac3_51_256. --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
+# --ours-only grades only our encoder and reuses FFmpeg's results already in the work folder
+# (its encoder is deterministic), which halves a run while tuning.
 # 5.1 items are graded pair by pair (L/R, C, Ls/Rs) and the item's grade is their mean.
 # Needs the PEAQ tool (PEAQ_GRADE, default ../shared/tools/peaq/grade.sh) and the item
 # packages (scripts/quality.sh installs them and runs this).
@@ -15,6 +18,7 @@ root=$(cd "$(dirname "$0")/../.." && pwd)
 build=$root/build
 work=
 jobs=2
+encoders="ours ffmpeg"
 items=
 settings="ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192 eac3_51_256"
 while [ $# -gt 0 ]; do
@@ -25,6 +29,7 @@ while [ $# -gt 0 ]; do
     --build) build=$(cd "$2" && pwd); shift ;;
     --work) work=$2; shift ;;
     --jobs) jobs=$2; shift ;;
+    --ours-only) encoders=ours ;;
     *) echo "unknown option $1" >&2; exit 2 ;;
   esac
   shift
@@ -100,7 +105,7 @@ export work build probe grade
 
 for setting in $settings; do
   for item in ${items//,/ }; do
-    for encoder in ours ffmpeg; do echo "$setting $item $encoder"; done
+    for encoder in $encoders; do echo "$setting $item $encoder"; done
   done
 done | xargs -P "$jobs" -L 1 bash -c 'set -eo pipefail; run_one "$@" || echo "job failed: $*" >&2' _
 

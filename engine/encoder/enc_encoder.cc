@@ -11,7 +11,7 @@ namespace ddpi::enc {
 
 void Encoder::Configure(const EncoderConfig& config) {
   config_ = config;
-  plan_ = PlanForRate(config.kbps, config.acmod, config.lfe);
+  plan_ = PlanForRate(config.kbps, config.acmod, config.lfe, config.eac3);
   const int nfch = FbwChannels(config.acmod);
   std::fill(active_, active_ + kInputSlots, false);
   for (int c = 0; c < nfch; ++c) {

@@ -95,9 +95,36 @@ void ChooseCoupling(double per_channel, int acmod, int end, CodingPlan* plan) {
   plan->coupling = plan->cplbegf < plan->cplendf + 3;
 }
 
+// Spectral extension for E-AC-3 at up to kSpxTopRate kbps per channel: the channels keep
+// mantissas up to about their bandwidth at that rate and the decoder rebuilds the band from
+// there to kSpxEndBin out of the channel's own lower band (from kSpxCopyStart), scaled to the
+// original's energy per band and blended with noise: the share of noise grows with frequency
+// and reaches kSpxNoiseShare in the middle of the range.
+constexpr double kSpxTopRate = 48;
+constexpr int kSpxEndBin = 181;   // 17 kHz
+constexpr int kSpxCopyStart = 2;  // spxstrtf: bin 49, 4.6 kHz
+constexpr double kSpxNoiseShare = 0.3;
+constexpr int kSpxBandBins = 24;
+constexpr int kSpxRun = 3;  // blocks that share a set of coordinates
+
+void ChooseSpectralExtension(double per_channel, int end, CodingPlan* plan) {
+  if (per_channel > kSpxTopRate) return;
+  SpxLayout layout;
+  // Begin codes below 2 would start the range inside the rematrixing bands.
+  const int begf = std::max(2, SpxBeginCode(end));
+  if (!MakeSpxLayout(kSpxCopyStart, begf, SpxEndCode(kSpxEndBin), kSpxBandBins, &layout)) return;
+  plan->spx = true;
+  plan->spxstrtf = layout.strtf;
+  plan->spxbegf = layout.begf;
+  plan->spxendf = layout.endf;
+  const double middle = 0.5 * (layout.begin + layout.end) / layout.end;
+  plan->spx_blend = static_cast<int>(std::clamp(std::lround((middle - kSpxNoiseShare) * 32), 0L, 31L));
+  plan->spx_run = kSpxRun;
+}
+
 }  // namespace
 
-CodingPlan PlanForRate(int kbps, int acmod, bool lfe) {
+CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   CodingPlan plan;
   const int nfch = FbwChannels(acmod);
   const double per_channel = (kbps - (lfe ? 4.0 : 0.0)) / nfch;
@@ -118,6 +145,14 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe) {
   plan.fgaincod = 4;
   plan.frame_bits = kbps * 32;
   ChooseCoupling(per_channel, acmod, end, &plan);
+  if (extension) ChooseSpectralExtension(per_channel, end, &plan);
+  if (plan.spx && plan.coupling) {
+    // The coupling range then ends where the extension begins.
+    SpxLayout layout;
+    MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, kSpxBandBins, &layout);
+    plan.cplendf = (layout.begin - 37) / 12 - 3;
+    plan.coupling = plan.cplbegf < plan.cplendf + 3;
+  }
   return plan;
 }
 
@@ -224,6 +259,32 @@ double CouplingCoherence(const FrameData& f) {
   return worst;
 }
 
+// Coordinates of the spectral extension for every full-bandwidth channel: a new set in block
+// 0, every plan.spx_run blocks and where a channel changes its transform length, each from the
+// energies of the run of blocks it serves.
+void ExtendFrame(const CodingPlan& plan, FrameData* f) {
+  for (int b = 0; b < kBlocks; ++b) {
+    bool changed = b == 0 || b % plan.spx_run == 0;
+    for (int c = 0; c < f->nfch && b > 0; ++c) changed |= f->ch[c].blksw[b] != f->ch[c].blksw[b - 1];
+    f->spxcoe[b] = changed;
+  }
+  for (int first = 0; first < kBlocks;) {
+    int last = first + 1;
+    while (last < kBlocks && !f->spxcoe[last]) ++last;
+    for (int c = 0; c < f->nfch; ++c) {
+      const float* coefs[kBlocks];
+      for (int b = first; b < last; ++b) coefs[b - first] = f->ch[c].coef[b];
+      float gain[kMaxSpxSubbands];
+      SpxGains(coefs, last - first, f->spx, gain);
+      SpxCoords& co = f->spx_coords[first][c];
+      co.blend = static_cast<uint8_t>(plan.spx_blend);
+      QuantizeSpxCoords(gain, f->spx.bands, &co);
+      for (int b = first + 1; b < last; ++b) f->spx_coords[b][c] = co;
+    }
+    first = last;
+  }
+}
+
 // True when no coupled channel has any coefficient in the coupling range in this frame.
 bool CoupledBandSilent(const FrameData& f) {
   for (int c = 0; c < f.nfch; ++c)
@@ -241,21 +302,28 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
   f->cplfit = plan.cplfit;
   f->cplinu = plan.coupling && f->acmod >= 2 &&
               MakeCouplingLayout(plan.cplbegf, plan.cplendf, &f->cpl);
+  f->spxinu = plan.spx &&
+              MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, kSpxBandBins, &f->spx);
+  const int uncoupled_end = f->spxinu ? f->spx.begin : 73 + 3 * plan.chbwcod;
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     ch.lfe = f->lfe && c == f->nfch;
     ch.start = 0;
     ch.chbwcod = plan.chbwcod;
-    ch.end = ch.lfe ? ac3::kLfeEndMant : f->cplinu ? f->cpl.end : 73 + 3 * plan.chbwcod;
+    ch.end = ch.lfe ? ac3::kLfeEndMant : f->cplinu ? f->cpl.end : uncoupled_end;
     for (int b = 0; b < kBlocks; ++b) {
       ch.blksw[b] = !ch.lfe && short_blocks[c][b];
       const float* x = input[c] + b * ac3::kBlockSamples;
       if (ch.blksw[b]) MdctShort(x, ch.coef[b]);
       else MdctLong(x, ch.coef[b]);
-      // Bins past the bandwidth are not coded; clear them so nothing downstream sees them.
-      std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
     }
   }
+  // The extension's coordinates measure the whole spectrum; after them, bins past the
+  // bandwidth are not coded: clear them so nothing downstream sees them.
+  if (f->spxinu) ExtendFrame(plan, f);
+  for (int c = 0; c < f->channels; ++c)
+    for (int b = 0; b < kBlocks; ++b)
+      std::fill(f->ch[c].coef[b] + f->ch[c].end, f->ch[c].coef[b] + 256, 0.0f);
   if (f->cplinu &&
       (CoupledBandSilent(*f) || CouplingCoherence(*f) < plan.cpl_min_coherence)) {
     // Nothing to share, or channels too different to share it: the frame goes without
@@ -263,7 +331,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     f->cplinu = false;
     for (int c = 0; c < f->nfch; ++c) {
       ChannelFrame& ch = f->ch[c];
-      ch.end = 73 + 3 * plan.chbwcod;
+      ch.end = uncoupled_end;
       for (int b = 0; b < kBlocks; ++b) std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
     }
   }

@@ -14,6 +14,7 @@
 #include "enc_exponents.h"
 #include "enc_mantissas.h"
 #include "enc_rematrix.h"
+#include "enc_spx.h"
 
 namespace ddpi::enc {
 
@@ -51,6 +52,11 @@ struct FrameData {
   int cplfleak = 0;
   int cplsleak = 0;
   float cplfit = 0;  // see CoordsFromEnergy
+  // Spectral extension (E-AC-3 only; every full-bandwidth channel above spx.begin).
+  bool spxinu = false;
+  SpxLayout spx;
+  bool spxcoe[kBlocks] = {};                         // new coordinates in this block
+  SpxCoords spx_coords[kBlocks][kMaxCplChannels];    // the coordinates in effect per block
   uint8_t rematflg[kBlocks][kRematrixBands] = {};
   int csnroffst = 15;
   int fsnroffst[kMaxChannels + 1] = {};  // fine offset of each channel (LFE, then coupling)
@@ -78,8 +84,15 @@ struct CodingPlan {
   // A frame whose channels correlate less than this with their sum in the coupling range is
   // coded without coupling (see CouplingCoherence); -1 couples every frame.
   float cpl_min_coherence = -1;
+  // Spectral extension (see SpxLayout): the codes of its range, the noise blend of every
+  // channel and how many blocks share one set of coordinates.
+  bool spx = false;
+  int spxstrtf = 0, spxbegf = 0, spxendf = 0;
+  int spx_blend = 0;
+  int spx_run = kBlocks;
 };
-CodingPlan PlanForRate(int kbps, int acmod, bool lfe);
+// `extension`: the stream may use spectral extension (E-AC-3).
+CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);
 
 // Transforms, exponents and masking of one frame. `input[c]` points at kHistory + 1536
 // samples of coded channel c (bitstream order, LFE last); `short_blocks[c][b]` says which

@@ -52,9 +52,36 @@ void WriteCouplingStrategy(BitWriter* bw, const FrameData& f) {
     for (int c = 0; c < f.nfch; ++c) bw->Put(1, 1);  // chincpl
   if (f.acmod == 2) bw->Put(0, 1);  // phsflginu
   bw->Put(f.cpl.begf, 4);
-  bw->Put(f.cpl.endf, 4);  // spxinu is 0
-  bw->Put(1, 1);           // cplbndstrce
+  if (!f.spxinu) bw->Put(f.cpl.endf, 4);  // else the range ends where the extension begins
+  bw->Put(1, 1);                          // cplbndstrce
   for (int k = 1; k < f.cpl.subbands; ++k) bw->Put(f.cpl.bndstrc[k], 1);
+}
+
+// Spectral extension strategy of block 0: every full-bandwidth channel extended, the range
+// and an explicit band structure.
+void WriteSpxStrategy(BitWriter* bw, const FrameData& f) {
+  if (f.acmod != 1)
+    for (int c = 0; c < f.nfch; ++c) bw->Put(1, 1);  // chinspx
+  bw->Put(f.spx.strtf, 2);
+  bw->Put(f.spx.begf, 3);
+  bw->Put(f.spx.endf, 3);
+  bw->Put(1, 1);  // spxbndstrce
+  for (int s = f.spx.first_subband + 1; s < f.spx.last_subband; ++s) bw->Put(f.spx.bndstrc[s], 1);
+}
+
+// Coordinates of the block; in block 0 they are implied new (firstspxcos).
+void WriteSpxCoords(BitWriter* bw, const FrameData& f, int blk) {
+  for (int c = 0; c < f.nfch; ++c) {
+    if (blk != 0) bw->Put(f.spxcoe[blk], 1);
+    if (!f.spxcoe[blk]) continue;
+    const SpxCoords& co = f.spx_coords[blk][c];
+    bw->Put(co.blend, 5);
+    bw->Put(co.master, 2);
+    for (int bnd = 0; bnd < f.spx.bands; ++bnd) {
+      bw->Put(co.exp[bnd], 4);
+      bw->Put(co.mant[bnd], 2);
+    }
+  }
 }
 
 void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bool dependent) {
@@ -65,8 +92,13 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bo
     bw->Put(f.drc.dynrng_on, 1);
     if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
   }
-  if (blk == 0) bw->Put(0, 1);  // spxinu (spxstre implied in block 0)
-  else bw->Put(0, 1);           // spxstre
+  if (blk == 0) {
+    bw->Put(f.spxinu, 1);  // spxinu (spxstre implied in block 0)
+    if (f.spxinu) WriteSpxStrategy(bw, f);
+  } else {
+    bw->Put(0, 1);  // spxstre: block 0's holds
+  }
+  if (f.spxinu) WriteSpxCoords(bw, f, blk);
   if (f.cplinu) {
     if (blk == 0) WriteCouplingStrategy(bw, f);
     // The frame's first coordinates are implied new (firstcplcos).
@@ -77,7 +109,7 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bo
     for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   for (int c = 0; c < nfch; ++c)
-    if (!f.cplinu && f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+    if (!f.cplinu && !f.spxinu && f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
   if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
   if (f.fgaincod != 4) {

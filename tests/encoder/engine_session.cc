@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "enc_frame.h"
+
 namespace ddenc_test {
 namespace {
 
@@ -65,6 +67,14 @@ EncodeResult EncodeWithEngine(const EncodeRequest& request) {
   }
   ddpi_enc_close(handle);
   return result;
+}
+
+double WaveformBandHz(int kbps, int acmod, bool lfe, bool eac3) {
+  const ddpi::enc::CodingPlan plan = ddpi::enc::PlanForRate(kbps, acmod, lfe, eac3);
+  ddpi::enc::SpxLayout layout;
+  if (!plan.spx || !ddpi::enc::MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, 12, &layout))
+    return 24000;
+  return layout.begin * 93.75;  // bins of 48000 / 512 Hz
 }
 
 }  // namespace ddenc_test

@@ -31,6 +31,11 @@ struct EncodeResult {
 // Encodes the whole input plus enough silent frames to flush delay and tail.
 EncodeResult EncodeWithEngine(const EncodeRequest& request);
 
+// Top of the band the engine codes as a waveform at this rate: where spectral extension
+// begins when the stream uses it (E-AC-3 at low rates), else 24 kHz. Above it the decoded
+// signal is synthesized, so waveform comparisons stop there.
+double WaveformBandHz(int kbps, int acmod, bool lfe, bool eac3);
+
 }  // namespace ddenc_test
 
 #endif  // DD_TESTS_ENCODER_ENGINE_SESSION_H

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <complex>
 #include <limits>
+#include <utility>
 
 namespace ddtest {
 namespace {
@@ -105,6 +106,52 @@ double NormalizedCorrelation(const std::vector<float>& a, const std::vector<floa
     bb += static_cast<double>(b[j]) * b[j];
   }
   return aa > 0 && bb > 0 ? ab / std::sqrt(aa * bb) : 0.0;
+}
+
+namespace {
+
+// The spectrum of x zero-padded to a power of two at least twice its length.
+std::vector<Complex> PaddedSpectrum(const std::vector<float>& x) {
+  std::vector<Complex> spectrum(NextPowerOfTwo(std::max<size_t>(2, 2 * x.size())));
+  std::copy(x.begin(), x.end(), spectrum.begin());
+  Fft(&spectrum, false);
+  return spectrum;
+}
+
+// Index range [first, last) of the bins of an n-point spectrum within [lo_hz, hi_hz).
+std::pair<size_t, size_t> BinRange(size_t n, double lo_hz, double hi_hz, int rate) {
+  auto bin = [&](double hz) {
+    return std::min(n / 2, static_cast<size_t>(std::ceil(std::max(0.0, hz) * n / rate)));
+  };
+  return {bin(lo_hz), bin(hi_hz)};
+}
+
+}  // namespace
+
+std::vector<float> LowPass(const std::vector<float>& x, double hz, int rate) {
+  std::vector<Complex> spectrum = PaddedSpectrum(x);
+  const size_t n = spectrum.size();
+  const size_t cut = std::max<size_t>(1, BinRange(n, 0, hz, rate).second);
+  for (size_t k = cut; k <= n - cut; ++k) spectrum[k] = 0;  // both halves of the spectrum
+  Fft(&spectrum, true);
+  std::vector<float> y(x.size());
+  for (size_t i = 0; i < y.size(); ++i) y[i] = static_cast<float>(spectrum[i].real() / n);
+  return y;
+}
+
+double BandEnergyDb(const std::vector<float>& x, double lo_hz, double hi_hz, int rate) {
+  const std::vector<Complex> spectrum = PaddedSpectrum(x);
+  const auto [first, last] = BinRange(spectrum.size(), lo_hz, hi_hz, rate);
+  double energy = 0;
+  for (size_t k = first; k < last; ++k) energy += std::norm(spectrum[k]);
+  return PowerDb(energy);
+}
+
+double BandEnergyRatioDb(const std::vector<float>& ref, const std::vector<float>& test,
+                         double lo_hz, double hi_hz, int rate) {
+  const size_t length = std::min(ref.size(), test.size());
+  return BandEnergyDb({test.begin(), test.begin() + length}, lo_hz, hi_hz, rate) -
+         BandEnergyDb({ref.begin(), ref.begin() + length}, lo_hz, hi_hz, rate);
 }
 
 double RmsDb(const std::vector<float>& x) {

@@ -26,6 +26,18 @@ int BestLag(const std::vector<float>& ref, const std::vector<float>& test, int m
 double NormalizedCorrelation(const std::vector<float>& a, const std::vector<float>& b,
                              int lag = 0);
 
+// x without its content at and above `hz` (an ideal low-pass, by FFT over the whole signal
+// padded against wrap-around): compares the waveform-coded band of streams whose upper band is
+// synthesized.
+std::vector<float> LowPass(const std::vector<float>& x, double hz, int rate = 48000);
+
+// Energy of x within [lo_hz, hi_hz) in dB (whole-signal FFT; only differences mean anything).
+double BandEnergyDb(const std::vector<float>& x, double lo_hz, double hi_hz, int rate = 48000);
+
+// Energy of `test` over that of `ref` in dB within [lo_hz, hi_hz), over their common length.
+double BandEnergyRatioDb(const std::vector<float>& ref, const std::vector<float>& test,
+                         double lo_hz, double hi_hz, int rate = 48000);
+
 double RmsDb(const std::vector<float>& x);   // dB re amplitude 1.0; -inf when silent
 double PeakDb(const std::vector<float>& x);
 

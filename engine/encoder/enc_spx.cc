@@ -1,0 +1,131 @@
+#include "enc_spx.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace ddpi::enc {
+namespace {
+
+constexpr int kSubbandBins = 12;
+constexpr int kFirstBin = 25;
+
+int SubbandBin(int subband) { return kFirstBin + kSubbandBins * subband; }
+
+// Sub-bands the 3-bit begin and end codes name.
+int BeginSubband(int begf) { return begf < 6 ? begf + 2 : 2 * begf - 3; }
+int EndSubband(int endf) { return endf < 3 ? endf + 5 : 2 * endf + 3; }
+
+// Largest gain the syntax carries: mantissa 7/8 at exponent 0, times 32.
+constexpr float kMaxGain = 28.0f;
+
+}  // namespace
+
+bool MakeSpxLayout(int strtf, int begf, int endf, int min_band_bins, SpxLayout* l) {
+  if (strtf < 0 || strtf > 3 || begf < 0 || begf > 7 || endf < 0 || endf > 7) return false;
+  *l = SpxLayout();
+  l->strtf = strtf;
+  l->begf = begf;
+  l->endf = endf;
+  l->first_subband = BeginSubband(begf);
+  l->last_subband = EndSubband(endf);
+  l->copy_start = SubbandBin(strtf);
+  l->begin = SubbandBin(l->first_subband);
+  l->end = SubbandBin(l->last_subband);
+  if (l->first_subband >= l->last_subband || l->copy_start >= l->begin) return false;
+  int band_bins = 0;
+  for (int s = l->first_subband; s < l->last_subband; ++s) {
+    const bool merge = s > l->first_subband && band_bins < min_band_bins;
+    l->bndstrc[s] = merge ? 1 : 0;
+    if (!merge) {
+      l->band_edge[l->bands++] = SubbandBin(s);
+      band_bins = 0;
+    }
+    band_bins += kSubbandBins;
+  }
+  l->band_edge[l->bands] = l->end;
+  return true;
+}
+
+int SpxBeginCode(int begin_bin) {
+  int code = 0;
+  for (int c = 0; c < 8; ++c)
+    if (SubbandBin(BeginSubband(c)) <= begin_bin) code = c;
+  return code;
+}
+
+int SpxEndCode(int end_bin) {
+  for (int c = 0; c < 8; ++c)
+    if (SubbandBin(EndSubband(c)) >= end_bin) return c;
+  return 7;
+}
+
+void SpxSourceBins(const SpxLayout& l, int* source) {
+  int from = l.copy_start;
+  int k = l.begin;
+  for (int band = 0; band < l.bands; ++band) {
+    const int size = l.band_edge[band + 1] - l.band_edge[band];
+    if (from + size > l.begin) from = l.copy_start;
+    for (int i = 0; i < size; ++i) {
+      if (from == l.begin) from = l.copy_start;
+      source[k++ - l.begin] = from++;
+    }
+  }
+}
+
+float SpxCoordValue(const SpxCoords& c, int bnd) {
+  const float mant = c.exp[bnd] == 15 ? c.mant[bnd] / 4.0f : (4 + c.mant[bnd]) / 8.0f;
+  return 32.0f * std::ldexp(mant, -(c.exp[bnd] + 3 * c.master));
+}
+
+void QuantizeSpxCoords(const float* value, int bands, SpxCoords* out) {
+  // Each gain as (4 + mant) / 8 * 32 * 2^-shift with shift = exp + 3 * master. The master
+  // code serves all bands: it takes what the quietest band needs beyond exponent 14, unless
+  // that would leave the loudest band below exponent 0 (quiet bands matter less).
+  int shift[kMaxSpxSubbands];
+  int largest = 0, smallest = 40;
+  for (int b = 0; b < bands; ++b) {
+    const float v = std::clamp(value[b], 0.0f, kMaxGain);
+    int s = 0;
+    if (v <= 0) s = 40;
+    else
+      while (s < 40 && v * std::ldexp(1.0f, s) < 16.0f) ++s;  // v * 2^s in [16, 32)
+    shift[b] = s;
+    if (s < 40) largest = std::max(largest, s);
+    smallest = std::min(smallest, s);
+  }
+  const int wanted = largest > 14 ? (largest - 14 + 2) / 3 : 0;
+  out->master = static_cast<uint8_t>(std::clamp(std::min(wanted, smallest / 3), 0, 3));
+  for (int b = 0; b < bands; ++b) {
+    const float v = std::clamp(value[b], 0.0f, kMaxGain);
+    const int exp = shift[b] - 3 * out->master;
+    if (exp < 0) {  // louder than this master code allows: the largest it can say
+      out->exp[b] = 0;
+      out->mant[b] = 3;
+    } else if (exp <= 14) {
+      const float scaled = v * std::ldexp(1.0f, shift[b]) / 4.0f;  // in [4, 8)
+      out->exp[b] = static_cast<uint8_t>(exp);
+      out->mant[b] = static_cast<uint8_t>(std::clamp(std::lround(scaled) - 4, 0L, 3L));
+    } else {  // exponent 15: mantissa m / 4 without the implied leading bit
+      const float scaled = v * std::ldexp(1.0f, 15 + 3 * out->master) / 8.0f;
+      out->exp[b] = 15;
+      out->mant[b] = static_cast<uint8_t>(std::clamp(std::lround(scaled), 0L, 3L));
+    }
+  }
+}
+
+void SpxGains(const float* const* coef, int blocks, const SpxLayout& l, float* gain) {
+  int source[256];
+  SpxSourceBins(l, source);
+  for (int band = 0; band < l.bands; ++band) {
+    double original = 0, copied = 0;
+    for (int b = 0; b < blocks; ++b)
+      for (int k = l.band_edge[band]; k < l.band_edge[band + 1]; ++k) {
+        original += static_cast<double>(coef[b][k]) * coef[b][k];
+        const float from = coef[b][source[k - l.begin]];
+        copied += static_cast<double>(from) * from;
+      }
+    gain[band] = copied > 0 ? static_cast<float>(std::min<double>(kMaxGain, std::sqrt(original / copied))) : 0.0f;
+  }
+}
+
+}  // namespace ddpi::enc
