@@ -94,9 +94,11 @@ TEST(SpectralExtension, GainsRestoreEachBandsEnergy) {
 
 TEST(SpectralExtension, PlannedOnlyForExtendedStreamsAtLowRates) {
   EXPECT_TRUE(PlanForRate(96, 2, false, true).spx);
+  EXPECT_TRUE(PlanForRate(128, 2, false, true).spx);
   EXPECT_TRUE(PlanForRate(192, 7, true, true).spx);
   EXPECT_FALSE(PlanForRate(96, 2, false, false).spx);  // AC-3 has no extension
   EXPECT_FALSE(PlanForRate(448, 7, true, true).spx);
+  EXPECT_FALSE(PlanForRate(192, 2, false, true).spx);
   // With coupling as well, the coupling range ends where the extension begins.
   const CodingPlan p = PlanForRate(192, 7, true, true);
   ASSERT_TRUE(p.coupling);
