@@ -283,8 +283,10 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
     for (int c = 0; c < f->nfch; ++c) {
       const float* coefs[kBlocks];
       for (int b = first; b < last; ++b) coefs[b - first] = f->ch[c].coef[b];
+      double copied[kMaxSpxSubbands];
+      SpxBandEnergies(coefs, last - first, f->spx, f->spx_target[first][c], copied);
       float gain[kMaxSpxSubbands];
-      SpxGains(coefs, last - first, f->spx, gain);
+      SpxGainsFromEnergies(f->spx_target[first][c], copied, f->spx.bands, gain);
       SpxCoords& co = f->spx_coords[first][c];
       bool transient = false;
       for (int b = first; b < last; ++b) transient |= f->ch[c].blksw[b];
@@ -501,6 +503,62 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
       }
   }
   return true;
+}
+
+namespace {
+
+// The coefficient a decoder reconstructs for bin k of coded channel c in block b, before
+// rematrixing: its own mantissa, or in the coupling range the coupling channel's scaled by the
+// channel's coordinate.
+float DecodedCoefficient(const FrameData& f, int c, int b, int k) {
+  const ChannelFrame& ch = f.cplinu && k >= f.cpl.start ? f.cplch() : f.ch[c];
+  float value = std::ldexp(DequantizeMantissa(ch.mant[b][k], ch.bap[b][k]), -ch.exp[b][k]);
+  if (&ch == &f.cplch()) {
+    int band = 0;
+    while (band + 1 < f.cpl.bands && k >= f.cpl.band_edge[band + 1]) ++band;
+    value *= CoordValue(f.coords[b][c], band);
+  }
+  return value;
+}
+
+// Decoded coefficients of channel c over the copy region, rematrixed back to left and right.
+void DecodedCopyRegion(const FrameData& f, int c, int b, float* out) {
+  std::fill(out, out + 256, 0.0f);
+  for (int k = f.spx.copy_start; k < f.spx.begin; ++k) {
+    out[k] = DecodedCoefficient(f, c, b, k);
+    const int band = RematrixBandOf(k);
+    const bool rematrixed = f.acmod == 2 && band >= 0 && f.rematflg[b][band] &&
+                            !(f.cplinu && k >= f.cpl.start);
+    if (rematrixed) {
+      const float sum = DecodedCoefficient(f, 0, b, k), difference = DecodedCoefficient(f, 1, b, k);
+      out[k] = c == 0 ? sum + difference : sum - difference;
+    }
+  }
+}
+
+}  // namespace
+
+void MatchSpxToDecodedCopies(FrameData* f) {
+  float decoded[kBlocks][256];
+  for (int first = 0; first < kBlocks;) {
+    int last = first + 1;
+    while (last < kBlocks && !f->spxcoe[last]) ++last;
+    for (int c = 0; c < f->nfch; ++c) {
+      const float* blocks[kBlocks];
+      for (int b = first; b < last; ++b) {
+        DecodedCopyRegion(*f, c, b, decoded[b]);
+        blocks[b - first] = decoded[b];
+      }
+      double unused[kMaxSpxSubbands], copied[kMaxSpxSubbands];
+      SpxBandEnergies(blocks, last - first, f->spx, unused, copied);
+      float gain[kMaxSpxSubbands];
+      SpxGainsFromEnergies(f->spx_target[first][c], copied, f->spx.bands, gain);
+      SpxCoords& co = f->spx_coords[first][c];
+      QuantizeSpxCoords(gain, f->spx.bands, &co);
+      for (int b = first + 1; b < last; ++b) f->spx_coords[b][c] = co;
+    }
+    first = last;
+  }
 }
 
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block) {

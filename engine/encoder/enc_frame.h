@@ -57,6 +57,9 @@ struct FrameData {
   SpxLayout spx;
   bool spxcoe[kBlocks] = {};                         // new coordinates in this block
   SpxCoords spx_coords[kBlocks][kMaxCplChannels];    // the coordinates in effect per block
+  // Per run of blocks (indexed by its first block) and channel: the original's energy in each
+  // band of the extended range, which the coordinates must restore.
+  double spx_target[kBlocks][kMaxCplChannels][kMaxSpxSubbands] = {};
   uint8_t rematflg[kBlocks][kRematrixBands] = {};
   int csnroffst = 15;
   int fsnroffst[kMaxChannels + 1] = {};  // fine offset of each channel (LFE, then coupling)
@@ -106,6 +109,12 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
 // smallest offset fits.
 bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine,
                    FrameData* frame);
+
+// Rescales the spectral extension's coordinates to what the decoder will copy: the decoded
+// coefficients of the copy region (quantized, decoupled, rematrixed) rather than the original
+// ones, which at low rates carry more energy. Call after AllocateFrame; the coordinates'
+// size in bits does not change.
+void MatchSpxToDecodedCopies(FrameData* frame);
 
 // Shared pieces of the block syntax.
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);

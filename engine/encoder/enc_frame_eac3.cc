@@ -145,6 +145,7 @@ bool EncodeEac3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pac
   WriteFrame(&counter, cfg, *f, nullptr);
   const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
   if (budget < 0 || !AllocateFrame(budget, budget, false, f)) return false;
+  if (f->spxinu) MatchSpxToDecodedCopies(f);
 
   BitWriter bw(out, frame_bytes);
   WriteFrame(&bw, cfg, *f, packer);

@@ -34,4 +34,10 @@ void RematrixBlock(float* left, float* right, int end, uint8_t flags[kRematrixBa
   }
 }
 
+int RematrixBandOf(int bin) {
+  for (int band = kRematrixBands - 1; band >= 0; --band)
+    if (bin >= kBandEdges[band]) return band;
+  return -1;
+}
+
 }  // namespace ddpi::enc

@@ -15,6 +15,9 @@ constexpr int kRematrixBands = 4;
 // left/right in place for bins below `end`, and returns the flags.
 void RematrixBlock(float* left, float* right, int end, uint8_t flags[kRematrixBands]);
 
+// The rematrixing band of a bin, -1 below the first.
+int RematrixBandOf(int bin);
+
 }  // namespace ddpi::enc
 
 #endif  // DDPI_ENGINE_ENCODER_ENC_REMATRIX_H

@@ -113,19 +113,32 @@ void QuantizeSpxCoords(const float* value, int bands, SpxCoords* out) {
   }
 }
 
-void SpxGains(const float* const* coef, int blocks, const SpxLayout& l, float* gain) {
+void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& l, double* original,
+                     double* copied) {
   int source[256];
   SpxSourceBins(l, source);
   for (int band = 0; band < l.bands; ++band) {
-    double original = 0, copied = 0;
+    original[band] = copied[band] = 0;
     for (int b = 0; b < blocks; ++b)
       for (int k = l.band_edge[band]; k < l.band_edge[band + 1]; ++k) {
-        original += static_cast<double>(coef[b][k]) * coef[b][k];
+        original[band] += static_cast<double>(coef[b][k]) * coef[b][k];
         const float from = coef[b][source[k - l.begin]];
-        copied += static_cast<double>(from) * from;
+        copied[band] += static_cast<double>(from) * from;
       }
-    gain[band] = copied > 0 ? static_cast<float>(std::min<double>(kMaxGain, std::sqrt(original / copied))) : 0.0f;
   }
+}
+
+void SpxGainsFromEnergies(const double* original, const double* copied, int bands, float* gain) {
+  for (int band = 0; band < bands; ++band)
+    gain[band] = copied[band] > 0
+                     ? static_cast<float>(std::min<double>(kMaxGain, std::sqrt(original[band] / copied[band])))
+                     : 0.0f;
+}
+
+void SpxGains(const float* const* coef, int blocks, const SpxLayout& l, float* gain) {
+  double original[kMaxSpxSubbands], copied[kMaxSpxSubbands];
+  SpxBandEnergies(coef, blocks, l, original, copied);
+  SpxGainsFromEnergies(original, copied, l.bands, gain);
 }
 
 }  // namespace ddpi::enc

@@ -55,9 +55,16 @@ float SpxCoordValue(const SpxCoords& coords, int bnd);
 // Quantizes gains `value[bnd]` (0 .. 28, the largest the syntax carries) of `bands`.
 void QuantizeSpxCoords(const float* value, int bands, SpxCoords* out);
 
-// Gains that give each band of the extended range the energy of the original: for every block
-// of the run, `coef[b]` holds the channel's original coefficients of all 256 bins; the band's
-// energy is compared with that of the bins the decoder will copy there.
+// Energies per band, summed over a run of blocks (`coef[b]`: all 256 bins of block b), of the
+// extended range itself (`original`) and of the bins the decoder copies there (`copied`).
+void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& layout,
+                     double* original, double* copied);
+
+// Gains that give each band the original's energy: sqrt(original / copied), 0 where nothing
+// is copied, at most the largest the syntax carries.
+void SpxGainsFromEnergies(const double* original, const double* copied, int bands, float* gain);
+
+// Both of the above on the original coefficients.
 void SpxGains(const float* const* coef, int blocks, const SpxLayout& layout, float* gain);
 
 }  // namespace ddpi::enc
