@@ -115,6 +115,10 @@ constexpr int kSpxRun = kBlocks;
 // Runs holding short blocks take no noise: the decoder spreads its noise over the whole block,
 // which puts it ahead of the attack (pre-echo median over 102 attacks 12 -> 9 dB).
 constexpr int kSpxTransientBlend = 31;
+// Flatness of the original's upper band below which a channel keeps its mantissas there
+// (2.0 96k: 0.002 -> +0.06 mean ODG, reed -2.24 -> -1.9; from 0.02 up the gate took
+// noisy frames too and lost).
+constexpr double kSpxTonalFlatness = 0.002;
 
 void ChooseSpectralExtension(double per_channel, int end, CodingPlan* plan) {
   if (per_channel > kSpxTopRate) return;
@@ -281,6 +285,7 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
     int last = first + 1;
     while (last < kBlocks && !f->spxcoe[last]) ++last;
     for (int c = 0; c < f->nfch; ++c) {
+      if (!f->chinspx[c]) continue;
       const float* coefs[kBlocks];
       for (int b = first; b < last; ++b) coefs[b - first] = f->ch[c].coef[b];
       double copied[kMaxSpxSubbands];
@@ -296,6 +301,33 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
     }
     first = last;
   }
+}
+
+// Spectral flatness (geometric over arithmetic mean of the power) of channel c's original
+// extended range over the frame: near 0 for a few stable partials, about 0.5 for noise.
+double ExtendedRangeFlatness(const FrameData& f, int c) {
+  double log_sum = 0, sum = 0;
+  int count = 0;
+  for (int b = 0; b < kBlocks; ++b)
+    for (int k = f.spx.begin; k < f.spx.end; ++k, ++count) {
+      const double power = static_cast<double>(f.ch[c].coef[b][k]) * f.ch[c].coef[b][k] + 1e-12;
+      log_sum += std::log(power);
+      sum += power;
+    }
+  return count ? std::exp(log_sum / count) / (sum / count) : 1.0;
+}
+
+// Which channels the extension rebuilds in this frame. A channel whose upper band holds a few
+// stable partials keeps its own mantissas up to its bandwidth instead: copied from below, its
+// partials would land on the wrong frequencies. Coupled channels always take part (their
+// coupling range ends where the extension begins).
+void ChooseExtendedChannels(FrameData* f) {
+  bool any = false;
+  for (int c = 0; c < f->nfch; ++c) {
+    f->chinspx[c] = f->cplinu || ExtendedRangeFlatness(*f, c) >= kSpxTonalFlatness;
+    any |= f->chinspx[c];
+  }
+  f->spxinu = any;
 }
 
 // True when no coupled channel has any coefficient in the coupling range in this frame.
@@ -317,19 +349,25 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
               MakeCouplingLayout(plan.cplbegf, plan.cplendf, &f->cpl);
   f->spxinu = plan.spx &&
               MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, kSpxBandBins, &f->spx);
-  const int uncoupled_end = f->spxinu ? f->spx.begin : 73 + 3 * plan.chbwcod;
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     ch.lfe = f->lfe && c == f->nfch;
     ch.start = 0;
     ch.chbwcod = plan.chbwcod;
-    ch.end = ch.lfe ? ac3::kLfeEndMant : f->cplinu ? f->cpl.end : uncoupled_end;
     for (int b = 0; b < kBlocks; ++b) {
       ch.blksw[b] = !ch.lfe && short_blocks[c][b];
       const float* x = input[c] + b * ac3::kBlockSamples;
       if (ch.blksw[b]) MdctShort(x, ch.coef[b]);
       else MdctLong(x, ch.coef[b]);
     }
+  }
+  if (f->spxinu) ChooseExtendedChannels(f);
+  auto uncoupled_end = [&](int c) {
+    return f->spxinu && f->chinspx[c] ? f->spx.begin : 73 + 3 * plan.chbwcod;
+  };
+  for (int c = 0; c < f->channels; ++c) {
+    ChannelFrame& ch = f->ch[c];
+    ch.end = ch.lfe ? ac3::kLfeEndMant : f->cplinu ? f->cpl.end : uncoupled_end(c);
   }
   // The extension's coordinates measure the whole spectrum; after them, bins past the
   // bandwidth are not coded: clear them so nothing downstream sees them.
@@ -344,7 +382,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     f->cplinu = false;
     for (int c = 0; c < f->nfch; ++c) {
       ChannelFrame& ch = f->ch[c];
-      ch.end = uncoupled_end;
+      ch.end = uncoupled_end(c);
       for (int b = 0; b < kBlocks; ++b) std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
     }
   }
@@ -544,6 +582,7 @@ void MatchSpxToDecodedCopies(FrameData* f) {
     int last = first + 1;
     while (last < kBlocks && !f->spxcoe[last]) ++last;
     for (int c = 0; c < f->nfch; ++c) {
+      if (!f->chinspx[c]) continue;
       const float* blocks[kBlocks];
       for (int b = first; b < last; ++b) {
         DecodedCopyRegion(*f, c, b, decoded[b]);

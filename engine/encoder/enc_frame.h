@@ -54,6 +54,7 @@ struct FrameData {
   float cplfit = 0;  // see CoordsFromEnergy
   // Spectral extension (E-AC-3 only; every full-bandwidth channel above spx.begin).
   bool spxinu = false;
+  bool chinspx[kMaxCplChannels] = {};  // the channels it extends
   SpxLayout spx;
   bool spxcoe[kBlocks] = {};                         // new coordinates in this block
   SpxCoords spx_coords[kBlocks][kMaxCplChannels];    // the coordinates in effect per block

@@ -61,7 +61,7 @@ void WriteCouplingStrategy(BitWriter* bw, const FrameData& f) {
 // and an explicit band structure.
 void WriteSpxStrategy(BitWriter* bw, const FrameData& f) {
   if (f.acmod != 1)
-    for (int c = 0; c < f.nfch; ++c) bw->Put(1, 1);  // chinspx
+    for (int c = 0; c < f.nfch; ++c) bw->Put(f.chinspx[c], 1);
   bw->Put(f.spx.strtf, 2);
   bw->Put(f.spx.begf, 3);
   bw->Put(f.spx.endf, 3);
@@ -72,6 +72,7 @@ void WriteSpxStrategy(BitWriter* bw, const FrameData& f) {
 // Coordinates of the block; in block 0 they are implied new (firstspxcos).
 void WriteSpxCoords(BitWriter* bw, const FrameData& f, int blk) {
   for (int c = 0; c < f.nfch; ++c) {
+    if (!f.chinspx[c]) continue;
     if (blk != 0) bw->Put(f.spxcoe[blk], 1);
     if (!f.spxcoe[blk]) continue;
     const SpxCoords& co = f.spx_coords[blk][c];
@@ -109,7 +110,8 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bo
     for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   for (int c = 0; c < nfch; ++c)
-    if (!f.cplinu && !f.spxinu && f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+    if (!f.cplinu && !(f.spxinu && f.chinspx[c]) && f.ch[c].strategy[blk] != kExpReuse)
+      bw->Put(f.ch[c].chbwcod, 6);
   if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
   if (f.fgaincod != 4) {
