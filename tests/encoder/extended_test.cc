@@ -6,6 +6,7 @@
 // fronts) carry the extra channels.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -325,12 +326,16 @@ TEST(ExtendedProgrammes, DependentSubstreamCouplesAndCarriesDrc) {
   ASSERT_EQ(dec.channels, 8);
   // 7.1 decodes FL FR FC LFE BL BR SL SR: the rear pair and the side pair come from the
   // coupled dependent substream.
+  // At these rates both substreams extend their upper band: the lag is measured below it.
+  const double band = std::min(ddenc_test::WaveformBandHz(independent.kbps, 7, true, true),
+                               ddenc_test::WaveformBandHz(dependent.kbps, dependent.acmod, false, true));
   const struct { size_t decoded; int slot; } kChecks[] = {{4, 6}, {5, 7}, {6, 4}, {7, 5}};
   for (const auto& check : kChecks) {
     const std::vector<float> out(dec.audio.channels[check.decoded].begin() + ddpi::enc::Encoder::kDelaySamples,
                                  dec.audio.channels[check.decoded].end());
     const std::vector<float>& source = input.channels[IndexOfSlot(sources, check.slot)];
-    EXPECT_EQ(ddtest::BestLag(source, out, 256), 0) << "slot " << check.slot;
+    EXPECT_EQ(ddtest::BestLag(ddtest::LowPass(source, band), ddtest::LowPass(out, band), 256), 0)
+        << "slot " << check.slot;
     EXPECT_GT(ddtest::NormalizedCorrelation(source, out), 0.7) << "slot " << check.slot;
   }
 }
