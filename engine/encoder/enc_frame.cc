@@ -272,6 +272,18 @@ double CouplingCoherence(const FrameData& f) {
   return worst;
 }
 
+// Calls run(first, last) for each run of blocks [first, last) sharing one set of spectral
+// extension coordinates (a run starts where spxcoe is set).
+template <typename Run>
+void ForEachSpxRun(const FrameData& f, Run run) {
+  for (int first = 0; first < kBlocks;) {
+    int last = first + 1;
+    while (last < kBlocks && !f.spxcoe[last]) ++last;
+    run(first, last);
+    first = last;
+  }
+}
+
 // Coordinates of the spectral extension for every full-bandwidth channel: a new set in block
 // 0, every plan.spx_run blocks and where a channel changes its transform length, each from the
 // energies of the run of blocks it serves.
@@ -281,9 +293,7 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
     for (int c = 0; c < f->nfch && b > 0; ++c) changed |= f->ch[c].blksw[b] != f->ch[c].blksw[b - 1];
     f->spxcoe[b] = changed;
   }
-  for (int first = 0; first < kBlocks;) {
-    int last = first + 1;
-    while (last < kBlocks && !f->spxcoe[last]) ++last;
+  ForEachSpxRun(*f, [&](int first, int last) {
     for (int c = 0; c < f->nfch; ++c) {
       if (!f->chinspx[c]) continue;
       const float* coefs[kBlocks];
@@ -299,8 +309,7 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
       QuantizeSpxCoords(gain, f->spx.bands, &co);
       for (int b = first + 1; b < last; ++b) f->spx_coords[b][c] = co;
     }
-    first = last;
-  }
+  });
 }
 
 // Spectral flatness (geometric over arithmetic mean of the power) of channel c's original
@@ -578,9 +587,7 @@ void DecodedCopyRegion(const FrameData& f, int c, int b, float* out) {
 
 void MatchSpxToDecodedCopies(FrameData* f) {
   float decoded[kBlocks][256];
-  for (int first = 0; first < kBlocks;) {
-    int last = first + 1;
-    while (last < kBlocks && !f->spxcoe[last]) ++last;
+  ForEachSpxRun(*f, [&](int first, int last) {
     for (int c = 0; c < f->nfch; ++c) {
       if (!f->chinspx[c]) continue;
       const float* blocks[kBlocks];
@@ -596,8 +603,7 @@ void MatchSpxToDecodedCopies(FrameData* f) {
       QuantizeSpxCoords(gain, f->spx.bands, &co);
       for (int b = first + 1; b < last; ++b) f->spx_coords[b][c] = co;
     }
-    first = last;
-  }
+  });
 }
 
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block) {
