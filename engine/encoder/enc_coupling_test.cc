@@ -161,11 +161,16 @@ TEST(Coupling, LeastSquaresCoordinatesGiveTheSmallerWaveformError) {
   EXPECT_GT(ls, 1.0);
 }
 
-TEST(Coupling, PlanCouplesMultichannelAtLowRatesOnly) {
+// Multichannel couples every frame at low rates, and frame by frame, only the channels that
+// agree, from 64 to 96 kbps per channel; not above.
+TEST(Coupling, PlanCouplesMultichannelBelow96KbpsPerChannel) {
   EXPECT_TRUE(PlanForRate(192, 7, true).coupling);
+  EXPECT_LT(PlanForRate(192, 7, true).cpl_min_coherence, 0);
   EXPECT_TRUE(PlanForRate(64, 2, false).coupling);
   EXPECT_FALSE(PlanForRate(32, 1, false).coupling);   // 1/0 cannot couple
-  EXPECT_FALSE(PlanForRate(448, 7, true).coupling);
+  EXPECT_TRUE(PlanForRate(448, 7, true).coupling);
+  EXPECT_GT(PlanForRate(448, 7, true).cpl_min_coherence, 0);
+  EXPECT_FALSE(PlanForRate(640, 7, true).coupling);
   const CodingPlan p = PlanForRate(96, 2, false);
   if (p.coupling) {
     EXPECT_GT(p.cplbegf, 2);  // rematrixing keeps its four bands in 2/0

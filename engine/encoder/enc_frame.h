@@ -44,8 +44,10 @@ struct FrameData {
   int channels = 0;  // nfch + lfe; the LFE channel is the last
   // The coded channels, then the coupling channel at index `channels` when coupling is in use.
   ChannelFrame ch[kMaxChannels + 1];
-  // Coupling (in every block of the frame or in none; all full-bandwidth channels coupled).
+  // Coupling (in every block of the frame or in none) of the channels marked in chincpl; the
+  // others keep their own mantissas up to their bandwidth.
   bool cplinu = false;
+  bool chincpl[kMaxCplChannels] = {};
   CouplingLayout cpl;
   bool cplcoe[kBlocks] = {};                        // new coordinates in this block
   CouplingCoords coords[kBlocks][kMaxCplChannels];  // the coordinates in effect per block
@@ -72,6 +74,12 @@ struct FrameData {
   // Channels that take part in the bit allocation: the coded ones and the coupling channel.
   int AllocChannels() const { return channels + (cplinu ? 1 : 0); }
   const ChannelFrame& cplch() const { return ch[channels]; }
+  // The first coupled channel: the coupling channel's mantissas follow its own.
+  int FirstCoupled() const {
+    for (int c = 0; c < nfch; ++c)
+      if (chincpl[c]) return c;
+    return -1;
+  }
 };
 
 // Per-rate choices made once per stream.

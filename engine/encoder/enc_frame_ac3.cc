@@ -10,14 +10,14 @@ namespace {
 // Bits at the end of every frame: auxdatae, crcrsv and crc2.
 constexpr int kTrailerBits = 18;
 
-// Coupling strategy (section 5.4.3.7 ff.): sent in block 0 and kept for the frame; every
-// full-bandwidth channel is coupled, without phase flags.
+// Coupling strategy (section 5.4.3.7 ff.): sent in block 0 and kept for the frame; the
+// channels in coupling, without phase flags.
 void WriteCouplingStrategy(BitWriter* bw, const FrameData& f, int blk) {
   bw->Put(blk == 0, 1);  // cplstre
   if (blk != 0) return;
   bw->Put(f.cplinu, 1);
   if (!f.cplinu) return;
-  for (int c = 0; c < f.nfch; ++c) bw->Put(1, 1);  // chincpl
+  for (int c = 0; c < f.nfch; ++c) bw->Put(f.chincpl[c], 1);
   if (f.acmod == 2) bw->Put(0, 1);                  // phsflginu
   bw->Put(f.cpl.begf, 4);
   bw->Put(f.cpl.endf, 4);
@@ -42,9 +42,9 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   if (f.cplinu) bw->Put(f.cplch().strategy[blk], 2);  // cplexpstr
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);
   if (f.lfe) bw->Put(f.ch[nfch].strategy[blk] != kExpReuse, 1);
-  // chbwcod only for channels outside coupling (all are coupled when it is in use).
+  // chbwcod only for channels outside coupling.
   for (int c = 0; c < nfch; ++c)
-    if (!f.cplinu && f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
+    if (!f.chincpl[c] && f.ch[c].strategy[blk] != kExpReuse) bw->Put(f.ch[c].chbwcod, 6);
   if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
   bw->Put(blk == 0, 1);  // baie

@@ -49,7 +49,7 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
 void WriteCouplingStrategy(BitWriter* bw, const FrameData& f) {
   bw->Put(0, 1);  // ecplinu
   if (f.acmod != 2)
-    for (int c = 0; c < f.nfch; ++c) bw->Put(1, 1);  // chincpl
+    for (int c = 0; c < f.nfch; ++c) bw->Put(f.chincpl[c], 1);  // chincpl
   if (f.acmod == 2) bw->Put(0, 1);  // phsflginu
   bw->Put(f.cpl.begf, 4);
   if (!f.spxinu) bw->Put(f.cpl.endf, 4);  // else the range ends where the extension begins
@@ -110,7 +110,7 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bo
     for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   for (int c = 0; c < nfch; ++c)
-    if (!f.cplinu && !(f.spxinu && f.chinspx[c]) && f.ch[c].strategy[blk] != kExpReuse)
+    if (!f.chincpl[c] && !(f.spxinu && f.chinspx[c]) && f.ch[c].strategy[blk] != kExpReuse)
       bw->Put(f.ch[c].chbwcod, 6);
   if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);

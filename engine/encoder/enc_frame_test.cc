@@ -153,6 +153,44 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   }
 }
 
+// 5.1 couples only the channels that carry much the same in the coupling band: fronts
+// sharing one signal couple, surrounds with their own signals keep their own mantissas up
+// to their bandwidth; with nothing shared no channel couples.
+TEST(Frame, MultichannelCouplingChoosesItsChannels) {
+  const CodingPlan plan = PlanForRate(448, 7, true);
+  ASSERT_TRUE(plan.coupling);
+  ASSERT_GT(plan.cpl_min_coherence, 0);
+  constexpr int kLength = kHistory + kFrameInput;
+  // Bitstream order L C R Ls Rs, then LFE.
+  for (bool fronts_shared : {true, false}) {
+    auto f = std::make_unique<FrameData>();
+    f->acmod = 7;
+    f->nfch = 5;
+    f->lfe = true;
+    f->channels = 6;
+    std::vector<float> input(6 * kLength);
+    uint32_t seed = 9;
+    for (int c = 0; c < 6; ++c)
+      for (int n = 0; n < kLength; ++n) {
+        seed = seed * 1664525u + 1013904223u;
+        const float noise = static_cast<float>((seed >> 8) / 16777216.0 - 0.5);
+        const bool copy = fronts_shared && (c == 1 || c == 2);
+        input[c * kLength + n] = copy ? (c == 1 ? 0.7f : 0.4f) * input[n] : 0.3f * noise;
+      }
+    const float* channels[6];
+    for (int c = 0; c < 6; ++c) channels[c] = &input[c * kLength];
+    bool short_blocks[kMaxChannels][kBlocks] = {};
+    AnalyzeFrame(channels, short_blocks, plan, f.get());
+    EXPECT_EQ(f->cplinu, fronts_shared);
+    for (int c = 0; c < 5; ++c) {
+      const bool coupled = fronts_shared && c < 3;
+      EXPECT_EQ(f->chincpl[c], coupled) << "channel " << c;
+      EXPECT_EQ(f->ch[c].end, coupled ? f->cpl.start : 73 + 3 * plan.chbwcod) << "channel " << c;
+    }
+    if (fronts_shared) EXPECT_EQ(f->FirstCoupled(), 0);
+  }
+}
+
 // What a common offset step leaves over goes to single channels' fine offsets: more of the
 // budget is used, never more than the budget.
 TEST(Frame, PerChannelFineOffsetsFillTheFrame) {

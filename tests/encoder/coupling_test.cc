@@ -4,6 +4,8 @@
 // uncoupled) decodes too.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@
 #include "ffmpeg_tool.h"
 #include "metrics.h"
 #include "planar.h"
+#include "signals.h"
 
 namespace {
 
@@ -86,5 +89,51 @@ TEST_P(Coupling, CoupledStreamsDecodeCleanly) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryCouplingMode, Coupling, testing::ValuesIn(Cases()), Name);
+
+// 5.1 at 448 kbps couples frame by frame only the channels that carry much the same in the
+// coupling band. Here the fronts share one programme throughout, the left surround shares it in
+// the first half and has its own in the second, the right surround always has its own: frames
+// couple three or four channels, the set changing mid-stream. Both streams decode cleanly, and
+// each channel stays its own: a surround keeps its source and takes nothing of the fronts'.
+TEST(CouplingSubsets, ChannelsOutsideCouplingKeepTheirOwnSignal) {
+  constexpr size_t kSamples = 48000;
+  const std::vector<int> slots = ddtest::SlotsForLayout(7, true);  // L R C LFE Ls Rs
+  const ddtest::Planar speech = ddtest::SpeechForLayout(7, true, kSamples);
+  std::vector<float> shared = ddtest::PinkNoise(kSamples, 0.1, 1);
+  ddtest::MixInto(&shared, speech.channels[0]);
+  ddtest::Planar input = speech;
+  const float front_gain[3] = {1.0f, 0.8f, 0.6f};
+  for (int i = 0; i < 3; ++i) {
+    input.channels[i] = shared;
+    for (float& x : input.channels[i]) x *= front_gain[i];
+  }
+  for (int i : {4, 5}) ddtest::MixInto(&input.channels[i], ddtest::PinkNoise(kSamples, 0.1, i));
+  std::copy(shared.begin(), shared.begin() + kSamples / 2, input.channels[4].begin());
+  for (bool eac3 : {false, true}) {
+    const Case c{eac3, 7, true, 448};
+    ASSERT_GT(ddpi::enc::PlanForRate(c.kbps, c.acmod, c.lfe, eac3).cpl_min_coherence, 0);
+    const EncodeResult enc = Encode(c, input, slots);
+    ASSERT_EQ(enc.error, 0);
+    const ddtest::DecodeResult dec = ddtest::DecodeBytes(enc.stream, eac3 ? "ec3" : "ac3");
+    ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
+    ASSERT_EQ(dec.channels, 6);
+    auto decoded = [&](int i, size_t from, size_t to) {
+      return std::vector<float>(dec.audio.channels[i].begin() + enc.delay + from,
+                                dec.audio.channels[i].begin() + enc.delay + to);
+    };
+    auto source = [&](const std::vector<float>& x, size_t from, size_t to) {
+      return std::vector<float>(x.begin() + from, x.begin() + to);
+    };
+    for (int i : {0, 1, 2, 4, 5})
+      EXPECT_GT(ddtest::NormalizedCorrelation(input.channels[i], decoded(i, 0, kSamples)), 0.8)
+          << (eac3 ? "E-AC-3" : "AC-3") << " channel " << i;
+    const size_t half = kSamples / 2, end = kSamples - 2048;
+    for (int i : {4, 5})
+      EXPECT_LT(std::abs(ddtest::NormalizedCorrelation(source(shared, half, end),
+                                                       decoded(i, half, end))),
+                0.3)
+          << (eac3 ? "E-AC-3" : "AC-3") << " surround " << i;
+  }
+}
 
 }  // namespace
