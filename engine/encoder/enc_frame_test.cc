@@ -14,6 +14,12 @@
 namespace ddpi::enc {
 namespace {
 
+// The next sample of a reproducible uniform noise in [-0.5, 0.5).
+float Noise(uint32_t* seed) {
+  *seed = *seed * 1664525u + 1013904223u;
+  return static_cast<float>((*seed >> 8) / 16777216.0 - 0.5);
+}
+
 // Encodes `frames` frames of a chirp-and-noise signal and returns them concatenated.
 std::vector<uint8_t> Encode(const EncoderConfig& cfg, int frames) {
   auto enc = std::make_unique<Encoder>();
@@ -25,11 +31,9 @@ std::vector<uint8_t> Encode(const EncoderConfig& cfg, int frames) {
   for (int f = 0; f < frames; ++f) {
     for (int s = 0; s < kInputSlots; ++s) {
       for (int n = 0; n < 1536; ++n) {
-        seed = seed * 1664525u + 1013904223u;
         const double t = (f * 1536 + n) / 48000.0;
         planes[s * 1536 + n] = static_cast<float>(
-            0.3 * std::sin(2 * M_PI * (200 + 3000 * t) * t * (s + 1)) +
-            0.05 * ((seed >> 8) / 16777216.0 - 0.5));
+            0.3 * std::sin(2 * M_PI * (200 + 3000 * t) * t * (s + 1)) + 0.05 * Noise(&seed));
       }
       slots[s] = &planes[s * 1536];
     }
@@ -94,8 +98,7 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
   uint32_t seed = 9;
   for (int c = 0; c < 2; ++c)
     for (int n = 0; n < kHistory + kFrameInput; ++n) {
-      seed = seed * 1664525u + 1013904223u;
-      const float noise = static_cast<float>((seed >> 8) / 16777216.0 - 0.5);
+      const float noise = Noise(&seed);
       input[c * (kHistory + kFrameInput) + n] = n < kHistory + 512 ? 0.8f * noise : 1e-4f * noise;
     }
   const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
@@ -140,8 +143,7 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
     uint32_t seed = 5;
     for (int c = 0; c < 2; ++c)
       for (int n = 0; n < kLength; ++n) {
-        seed = seed * 1664525u + 1013904223u;
-        const float noise = static_cast<float>((seed >> 8) / 16777216.0 - 0.5);
+        const float noise = Noise(&seed);
         input[c * kLength + n] = same && c == 1 ? 0.5f * input[n] : 0.3f * noise;
       }
     const float* channels[2] = {&input[0], &input[kLength]};
@@ -172,8 +174,7 @@ TEST(Frame, MultichannelCouplingChoosesItsChannels) {
     uint32_t seed = 9;
     for (int c = 0; c < 6; ++c)
       for (int n = 0; n < kLength; ++n) {
-        seed = seed * 1664525u + 1013904223u;
-        const float noise = static_cast<float>((seed >> 8) / 16777216.0 - 0.5);
+        const float noise = Noise(&seed);
         const bool copy = fronts_shared && (c == 1 || c == 2);
         input[c * kLength + n] = copy ? (c == 1 ? 0.7f : 0.4f) * input[n] : 0.3f * noise;
       }
@@ -202,9 +203,8 @@ TEST(Frame, PerChannelFineOffsetsFillTheFrame) {
   uint32_t seed = 4;
   for (int c = 0; c < 5; ++c)
     for (int n = 0; n < kLength; ++n) {
-      seed = seed * 1664525u + 1013904223u;
-      input[c * kLength + n] = static_cast<float>(
-          (0.05 + 0.1 * c) * ((seed >> 8) / 16777216.0 - 0.5) + 0.3 * std::sin(0.01 * (c + 1) * n));
+      input[c * kLength + n] = static_cast<float>((0.05 + 0.1 * c) * Noise(&seed) +
+                                                  0.3 * std::sin(0.01 * (c + 1) * n));
     }
   const float* channels[5];
   for (int c = 0; c < 5; ++c) channels[c] = &input[c * kLength];
