@@ -279,21 +279,42 @@ void CoupleFrame(FrameData* f) {
 // Correlation of each channel marked in `in` with the sum of those channels, over the frame's
 // coupling range: 1 when all carry the same signal, about 0.7 for two unrelated ones. A
 // channel silent there gets 1: coupling it costs nothing but its coordinates.
-void CouplingCoherence(const FrameData& f, const bool* in, double* coherence) {
+// Sums of products of every pair of full-bandwidth channels over the frame's coupling range:
+// enough to know how any subset of them correlates with its sum.
+struct CouplingGram {
+  double g[kMaxCplChannels][kMaxCplChannels] = {};
+};
+
+CouplingGram CouplingProducts(const FrameData& f) {
+  CouplingGram gram;
+  for (int j = 0; j < f.nfch; ++j)
+    for (int k = j; k < f.nfch; ++k) {
+      double sum = 0;
+      for (int b = 0; b < kBlocks; ++b) {
+        const float* x = f.ch[j].coef[b];
+        const float* y = f.ch[k].coef[b];
+        float block = 0;
+        for (int i = f.cpl.start; i < f.cpl.end; ++i) block += x[i] * y[i];
+        sum += block;
+      }
+      gram.g[j][k] = gram.g[k][j] = sum;
+    }
+  return gram;
+}
+
+void CouplingCoherence(const FrameData& f, const CouplingGram& gram, const bool* in,
+                       double* coherence) {
+  double ss = 0;  // energy of the sum
+  for (int j = 0; j < f.nfch; ++j)
+    for (int k = 0; k < f.nfch; ++k)
+      if (in[j] && in[k]) ss += gram.g[j][k];
   for (int c = 0; c < f.nfch; ++c) {
     coherence[c] = 1.0;
     if (!in[c]) continue;
-    double xx = 0, ss = 0, xs = 0;
-    for (int b = 0; b < kBlocks; ++b)
-      for (int i = f.cpl.start; i < f.cpl.end; ++i) {
-        double sum = 0;
-        for (int k = 0; k < f.nfch; ++k)
-          if (in[k]) sum += f.ch[k].coef[b][i];
-        const double x = f.ch[c].coef[b][i];
-        xx += x * x;
-        ss += sum * sum;
-        xs += x * sum;
-      }
+    const double xx = gram.g[c][c];
+    double xs = 0;
+    for (int k = 0; k < f.nfch; ++k)
+      if (in[k]) xs += gram.g[c][k];
     if (xx > 0 && ss > 0) coherence[c] = xs / std::sqrt(xx * ss);
   }
 }
@@ -304,9 +325,10 @@ void CouplingCoherence(const FrameData& f, const bool* in, double* coherence) {
 bool ChooseCoupledChannels(const FrameData& f, double min_coherence, bool* in) {
   int count = f.nfch;
   for (int c = 0; c < f.nfch; ++c) in[c] = true;
+  const CouplingGram gram = CouplingProducts(f);
   while (count >= 2) {
     double coherence[kMaxCplChannels];
-    CouplingCoherence(f, in, coherence);
+    CouplingCoherence(f, gram, in, coherence);
     int worst = -1;
     for (int c = 0; c < f.nfch; ++c)
       if (in[c] && coherence[c] < min_coherence && (worst < 0 || coherence[c] < coherence[worst]))
@@ -608,8 +630,15 @@ namespace {
 // rematrixing: its own mantissa, or in the coupling range the coupling channel's scaled by the
 // channel's coordinate.
 float DecodedCoefficient(const FrameData& f, int c, int b, int k) {
+  // 2^-e for every exponent the syntax carries.
+  static const struct InversePowers {
+    float v[32];
+    InversePowers() {
+      for (int e = 0; e < 32; ++e) v[e] = std::ldexp(1.0f, -e);
+    }
+  } kInverse;
   const ChannelFrame& ch = f.cplinu && f.chincpl[c] && k >= f.cpl.start ? f.cplch() : f.ch[c];
-  float value = std::ldexp(DequantizeMantissa(ch.mant[b][k], ch.bap[b][k]), -ch.exp[b][k]);
+  float value = DequantizeMantissa(ch.mant[b][k], ch.bap[b][k]) * kInverse.v[ch.exp[b][k] & 31];
   if (&ch == &f.cplch()) {
     int band = 0;
     while (band + 1 < f.cpl.bands && k >= f.cpl.band_edge[band + 1]) ++band;
@@ -645,8 +674,8 @@ void MatchSpxToDecodedCopies(FrameData* f) {
         DecodedCopyRegion(*f, c, b, decoded[b]);
         blocks[b - first] = decoded[b];
       }
-      double unused[kMaxSpxSubbands], copied[kMaxSpxSubbands];
-      SpxBandEnergies(blocks, last - first, f->spx, unused, copied);
+      double copied[kMaxSpxSubbands];
+      SpxBandEnergies(blocks, last - first, f->spx, nullptr, copied);
       float gain[kMaxSpxSubbands];
       SpxGainsFromEnergies(f->spx_target[first][c], copied, f->spx.bands, gain);
       SpxCoords& co = f->spx_coords[first][c];

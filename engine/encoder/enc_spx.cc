@@ -43,6 +43,9 @@ bool MakeSpxLayout(int strtf, int begf, int endf, int min_band_bins, SpxLayout* 
     band_bins += kSubbandBins;
   }
   l->band_edge[l->bands] = l->end;
+  int source[256];
+  SpxSourceBins(*l, source);
+  for (int k = l->begin; k < l->end; ++k) l->source[k - l->begin] = static_cast<uint8_t>(source[k - l->begin]);
   return true;
 }
 
@@ -115,16 +118,25 @@ void QuantizeSpxCoords(const float* value, int bands, SpxCoords* out) {
 
 void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& l, double* original,
                      double* copied) {
-  int source[256];
-  SpxSourceBins(l, source);
   for (int band = 0; band < l.bands; ++band) {
-    original[band] = copied[band] = 0;
-    for (int b = 0; b < blocks; ++b)
-      for (int k = l.band_edge[band]; k < l.band_edge[band + 1]; ++k) {
-        original[band] += static_cast<double>(coef[b][k]) * coef[b][k];
-        const float from = coef[b][source[k - l.begin]];
-        copied[band] += static_cast<double>(from) * from;
+    const int first = l.band_edge[band], last = l.band_edge[band + 1];
+    double from_copies = 0, own = 0;
+    for (int b = 0; b < blocks; ++b) {
+      const float* x = coef[b];
+      float block = 0;
+      for (int k = first; k < last; ++k) {
+        const float from = x[l.source[k - l.begin]];
+        block += from * from;
       }
+      from_copies += block;
+      if (original) {
+        float here = 0;
+        for (int k = first; k < last; ++k) here += x[k] * x[k];
+        own += here;
+      }
+    }
+    copied[band] = from_copies;
+    if (original) original[band] = own;
   }
 }
 

@@ -24,6 +24,7 @@ struct SpxLayout {
   uint8_t bndstrc[kMaxSpxSubbands + 1] = {};  // 1 merges the sub-band into the band before it
   int bands = 0;
   int band_edge[kMaxSpxSubbands + 1] = {};  // first bin of each band, then `end`
+  uint8_t source[256] = {};  // the bin copied into bin begin + i (see SpxSourceBins)
 };
 
 // Fills a layout from the three codes and bands of at least `min_band_bins` bins (whole
@@ -56,7 +57,8 @@ float SpxCoordValue(const SpxCoords& coords, int bnd);
 void QuantizeSpxCoords(const float* value, int bands, SpxCoords* out);
 
 // Energies per band, summed over a run of blocks (`coef[b]`: all 256 bins of block b), of the
-// extended range itself (`original`) and of the bins the decoder copies there (`copied`).
+// extended range itself (`original`, unless null) and of the bins the decoder copies there
+// (`copied`).
 void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& layout,
                      double* original, double* copied);
 
