@@ -276,9 +276,6 @@ void CoupleFrame(FrameData* f) {
   }
 }
 
-// Correlation of each channel marked in `in` with the sum of those channels, over the frame's
-// coupling range: 1 when all carry the same signal, about 0.7 for two unrelated ones. A
-// channel silent there gets 1: coupling it costs nothing but its coordinates.
 // Sums of products of every pair of full-bandwidth channels over the frame's coupling range:
 // enough to know how any subset of them correlates with its sum.
 struct CouplingGram {
@@ -302,6 +299,9 @@ CouplingGram CouplingProducts(const FrameData& f) {
   return gram;
 }
 
+// Correlation of each channel marked in `in` with the sum of those channels, over the frame's
+// coupling range: 1 when all carry the same signal, about 0.7 for two unrelated ones. A
+// channel silent there gets 1: coupling it costs nothing but its coordinates.
 void CouplingCoherence(const FrameData& f, const CouplingGram& gram, const bool* in,
                        double* coherence) {
   double ss = 0;  // energy of the sum
