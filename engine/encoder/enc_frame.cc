@@ -147,9 +147,7 @@ void ChooseSpectralExtension(double per_channel, int end, CodingPlan* plan) {
   const int begf = std::max(2, SpxBeginCode(end));
   if (!MakeSpxLayout(kSpxCopyStart, begf, SpxEndCode(kSpxEndBin), kSpxBandBins, &layout)) return;
   plan->spx = true;
-  plan->spxstrtf = layout.strtf;
-  plan->spxbegf = layout.begf;
-  plan->spxendf = layout.endf;
+  plan->spx_layout = layout;
   const double middle = 0.5 * (layout.begin + layout.end) / layout.end;
   plan->spx_blend = static_cast<int>(std::clamp(std::lround((middle - kSpxNoiseShare) * 32), 0L, 31L));
   plan->spx_run = kSpxRun;
@@ -181,9 +179,7 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   if (plan.spx && plan.coupling) {
     // The coupling range then ends where the extension begins.
-    SpxLayout layout;
-    MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, kSpxBandBins, &layout);
-    plan.cplendf = (layout.begin - 37) / 12 - 3;
+    plan.cplendf = (plan.spx_layout.begin - 37) / 12 - 3;
     plan.coupling = plan.cplbegf < plan.cplendf + 3;
   }
   return plan;
@@ -352,9 +348,10 @@ void ForEachSpxRun(const FrameData& f, Run run) {
   }
 }
 
-// Coordinates of the spectral extension for every full-bandwidth channel: a new set in block
-// 0, every plan.spx_run blocks and where a channel changes its transform length, each from the
-// energies of the run of blocks it serves.
+// Prepares the spectral extension's coordinates of every extended channel: a new set in block
+// 0, every plan.spx_run blocks and where a channel changes its transform length, each to
+// restore the original's energy over the run of blocks it serves, with its noise blend.
+// MatchSpxToDecodedCopies computes the values once the copied mantissas are known.
 void ExtendFrame(const CodingPlan& plan, FrameData* f) {
   for (int b = 0; b < kBlocks; ++b) {
     bool changed = b == 0 || b % plan.spx_run == 0;
@@ -366,16 +363,11 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
       if (!f->chinspx[c]) continue;
       const float* coefs[kBlocks];
       for (int b = first; b < last; ++b) coefs[b - first] = f->ch[c].coef[b];
-      double copied[kMaxSpxSubbands];
-      SpxBandEnergies(coefs, last - first, f->spx, f->spx_target[first][c], copied);
-      float gain[kMaxSpxSubbands];
-      SpxGainsFromEnergies(f->spx_target[first][c], copied, f->spx.bands, gain);
-      SpxCoords& co = f->spx_coords[first][c];
+      SpxBandEnergies(coefs, last - first, f->spx, f->spx_target[first][c], nullptr);
       bool transient = false;
       for (int b = first; b < last; ++b) transient |= f->ch[c].blksw[b];
-      co.blend = static_cast<uint8_t>(transient ? kSpxTransientBlend : plan.spx_blend);
-      QuantizeSpxCoords(gain, f->spx.bands, &co);
-      for (int b = first + 1; b < last; ++b) f->spx_coords[b][c] = co;
+      f->spx_coords[first][c].blend =
+          static_cast<uint8_t>(transient ? kSpxTransientBlend : plan.spx_blend);
     }
   });
 }
@@ -424,8 +416,8 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
   f->cplfit = plan.cplfit;
   f->cplinu = plan.coupling && f->acmod >= 2 &&
               MakeCouplingLayout(plan.cplbegf, plan.cplendf, &f->cpl);
-  f->spxinu = plan.spx &&
-              MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, kSpxBandBins, &f->spx);
+  f->spxinu = plan.spx;
+  if (f->spxinu) f->spx = plan.spx_layout;
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     ch.lfe = f->lfe && c == f->nfch;

@@ -96,10 +96,10 @@ struct CodingPlan {
   // A frame whose channels correlate less than this with their sum in the coupling range is
   // coded without coupling (see CouplingCoherence); -1 couples every frame.
   float cpl_min_coherence = -1;
-  // Spectral extension (see SpxLayout): the codes of its range, the noise blend of every
-  // channel and how many blocks share one set of coordinates.
+  // Spectral extension: its range and bands, the noise blend of every channel and how many
+  // blocks share one set of coordinates.
   bool spx = false;
-  int spxstrtf = 0, spxbegf = 0, spxendf = 0;
+  SpxLayout spx_layout;
   int spx_blend = 0;
   int spx_run = kBlocks;
 };

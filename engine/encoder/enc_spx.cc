@@ -123,19 +123,21 @@ void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& l, d
     double from_copies = 0, own = 0;
     for (int b = 0; b < blocks; ++b) {
       const float* x = coef[b];
-      float block = 0;
-      for (int k = first; k < last; ++k) {
-        const float from = x[l.source[k - l.begin]];
-        block += from * from;
+      if (copied) {
+        float block = 0;
+        for (int k = first; k < last; ++k) {
+          const float from = x[l.source[k - l.begin]];
+          block += from * from;
+        }
+        from_copies += block;
       }
-      from_copies += block;
       if (original) {
         float here = 0;
         for (int k = first; k < last; ++k) here += x[k] * x[k];
         own += here;
       }
     }
-    copied[band] = from_copies;
+    if (copied) copied[band] = from_copies;
     if (original) original[band] = own;
   }
 }

@@ -57,8 +57,8 @@ float SpxCoordValue(const SpxCoords& coords, int bnd);
 void QuantizeSpxCoords(const float* value, int bands, SpxCoords* out);
 
 // Energies per band, summed over a run of blocks (`coef[b]`: all 256 bins of block b), of the
-// extended range itself (`original`, unless null) and of the bins the decoder copies there
-// (`copied`).
+// extended range itself (`original`) and of the bins the decoder copies there (`copied`);
+// either may be null.
 void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& layout,
                      double* original, double* copied);
 

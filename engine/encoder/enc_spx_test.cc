@@ -102,9 +102,7 @@ TEST(SpectralExtension, PlannedOnlyForExtendedStreamsAtLowRates) {
   // With coupling as well, the coupling range ends where the extension begins.
   const CodingPlan p = PlanForRate(192, 7, true, true);
   ASSERT_TRUE(p.coupling);
-  SpxLayout l;
-  ASSERT_TRUE(MakeSpxLayout(p.spxstrtf, p.spxbegf, p.spxendf, 12, &l));
-  EXPECT_EQ(37 + 12 * (p.cplendf + 3), l.begin);
+  EXPECT_EQ(37 + 12 * (p.cplendf + 3), p.spx_layout.begin);
 }
 
 }  // namespace

@@ -71,10 +71,7 @@ EncodeResult EncodeWithEngine(const EncodeRequest& request) {
 
 double WaveformBandHz(int kbps, int acmod, bool lfe, bool eac3) {
   const ddpi::enc::CodingPlan plan = ddpi::enc::PlanForRate(kbps, acmod, lfe, eac3);
-  ddpi::enc::SpxLayout layout;
-  if (!plan.spx || !ddpi::enc::MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, 12, &layout))
-    return 24000;
-  return layout.begin * 93.75;  // bins of 48000 / 512 Hz
+  return plan.spx ? plan.spx_layout.begin * 93.75 : 24000;  // bins of 48000 / 512 Hz
 }
 
 }  // namespace ddenc_test

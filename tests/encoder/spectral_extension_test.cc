@@ -60,10 +60,8 @@ ddtest::Planar Decode(const Case& c, const ddtest::Planar& input, int* delay) {
 // The extension's range [begin, end) in Hz.
 std::pair<double, double> ExtensionRange(const Case& c) {
   const ddpi::enc::CodingPlan plan = ddpi::enc::PlanForRate(c.kbps, c.acmod, c.lfe, true);
-  ddpi::enc::SpxLayout layout;
   EXPECT_TRUE(plan.spx);
-  EXPECT_TRUE(ddpi::enc::MakeSpxLayout(plan.spxstrtf, plan.spxbegf, plan.spxendf, 12, &layout));
-  return {layout.begin * 93.75, layout.end * 93.75};
+  return {plan.spx_layout.begin * 93.75, plan.spx_layout.end * 93.75};
 }
 
 std::vector<float> Aligned(const std::vector<float>& decoded, int delay) {
