@@ -61,6 +61,13 @@ namespace {
 constexpr double kCouplingRate = 48;
 constexpr double kCouplingBeginShare = 0.7;
 
+// Blocks around an attack (see MarkAttackBlocks) are quantized two coarse offset steps
+// (6 dB) finer than the rest of the frame. Pre-echo over the 102 attacks of the quality
+// benchmark at AC-3 2.0 128k, median / 90th percentile: 5.5 / 12.5 dB -> 5.1 / 10.3 dB, for
+// 0.003 of mean PEAQ; three steps reached 4.8 / 9.6 dB but cost 0.02. E-AC-3 streams keep one
+// set of offsets per frame: FFmpeg's decoder reads E-AC-3 SNR offsets in block 0 only.
+constexpr int kAttackBoost = 32;
+
 // Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
 // measured) shares the band from 6.8 kHz (cplbegf 3, at 64 kbps per channel) to 10.2 kHz
 // (cplbegf 6, at 96), interpolated, up to 17 kHz (cplendf 9), beyond the uncoupled bandwidth
@@ -175,6 +182,7 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   // (PEAQ on drums at AC-3 2.0 128k: fgaincod 4 grades 0.27 above 7).
   plan.fgaincod = 4;
   plan.frame_bits = kbps * 32;
+  plan.attack_boost = extension ? 0 : kAttackBoost;
   ChooseCoupling(per_channel, acmod, end, &plan);
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   if (plan.spx && plan.coupling) {
@@ -408,6 +416,21 @@ bool CoupledBandSilent(const FrameData& f) {
   return true;
 }
 
+// An attack lands in the new half of a block that switches to short transforms; the next
+// block's long transform spans it too and spreads its quantization noise over the samples
+// before it. Both blocks get `boost` more SNR index, paid for by the frame's other blocks.
+void MarkAttackBlocks(int boost, FrameData* f) {
+  bool short_before = f->last_block_short;
+  for (int b = 0; b < kBlocks; ++b) {
+    bool short_now = false;
+    for (int c = 0; c < f->nfch; ++c) short_now |= f->ch[c].blksw[b];
+    f->around_attack[b] = short_now || short_before;
+    f->snr_boost[b] = f->around_attack[b] ? boost : 0;
+    short_before = short_now;
+  }
+  f->last_block_short = short_before;
+}
+
 }  // namespace
 
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
@@ -483,35 +506,34 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
       else ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);
     }
   }
+  MarkAttackBlocks(plan.attack_boost, f);
 }
 
 namespace {
 
+// The bit allocation's offset for SNR index t (csnroffst * 16 + fsnroffst) in block b.
+int SnrOffset(const FrameData& f, int t, int b) { return (t + f.snr_boost[b] - 240) * 4; }
+
 // Pointers of every channel and block for the channels' indices t[c], as the decoder
 // derives them.
 void ComputeFrameBap(FrameData* f, const int* t) {
-  for (int c = 0; c < f->AllocChannels(); ++c) {
-    const int snroffset = (t[c] - 240) * 4;
+  for (int c = 0; c < f->AllocChannels(); ++c)
     for (int b = 0; b < kBlocks; ++b)
-      ComputeBap(f->ch[c].masking[b], snroffset, f->ba, f->ch[c].bap[b]);
-  }
+      ComputeBap(f->ch[c].masking[b], SnrOffset(*f, t[c], b), f->ba, f->ch[c].bap[b]);
 }
 
 // Mantissa counts of channel c in each block for index t, packed (MantissaCounter). A block
-// that reuses its channel's exponents has the same masking, hence the same cost, as the block
-// that sent them.
+// that reuses its channel's exponents at the same offset costs what the block before it does.
 void ChannelCosts(const FrameData* f, int c, int t, uint64_t cost[kBlocks]) {
   struct AddressWeights {
     uint64_t w[64];
     AddressWeights() { WeightsByAddress(MantissaCounter::kPackedByBap, w); }
   };
   static const AddressWeights weights;
-  const int snroffset = (t - 240) * 4;
   const ChannelFrame& ch = f->ch[c];
   for (int b = 0; b < kBlocks; ++b) {
-    cost[b] = b == 0 || ch.strategy[b] != kExpReuse
-                  ? SumBapWeights(ch.masking[b], snroffset, f->ba, weights.w)
-                  : cost[b - 1];
+    const bool same = b > 0 && ch.strategy[b] == kExpReuse && f->snr_boost[b] == f->snr_boost[b - 1];
+    cost[b] = same ? cost[b - 1] : SumBapWeights(ch.masking[b], SnrOffset(*f, t, b), f->ba, weights.w);
   }
 }
 
@@ -536,7 +558,9 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
   // that no mantissas follow, so the search starts at 1. Neighbouring frames need similar
   // offsets: the search brackets the answer from the previous frame's outwards with growing
   // steps, then halves the bracket.
-  constexpr int kLowest = 1, kHighest = 63 * 16 + 15;
+  // The highest index leaves room for every block's boost within the 6-bit coarse offset.
+  constexpr int kLowest = 1;
+  const int kHighest = 63 * 16 + 15 - *std::max_element(f->snr_boost, f->snr_boost + kBlocks);
   const int channels = f->AllocChannels();
   uint64_t cost[kMaxChannels + 1][kBlocks];
   auto fits_costs = [&] {
@@ -547,7 +571,7 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
     for (int c = 0; c < channels; ++c) ChannelCosts(f, c, t, cost[c]);
     return fits_costs();
   };
-  const int start = f->snr_index > 0 ? f->snr_index : 512;
+  const int start = std::clamp(f->snr_index > 0 ? f->snr_index : 512, kLowest, kHighest);
   int lo, hi;  // fits(lo); nothing above hi fits
   if (fits(start)) {
     lo = start;

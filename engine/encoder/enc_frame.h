@@ -67,6 +67,12 @@ struct FrameData {
   int csnroffst = 15;
   int fsnroffst[kMaxChannels + 1] = {};  // fine offset of each channel (LFE, then coupling)
   int snr_index = 0;  // csnroffst * 16 + fsnroffst of the previous frame, 0 before the first
+  // Blocks whose transform spans an attack, see MarkAttackBlocks.
+  bool around_attack[kBlocks] = {};
+  // Extra SNR index of each block over the frame's (whole coarse steps of 3 dB): blocks
+  // around an attack get finer quantization where the stream can say so.
+  int snr_boost[kBlocks] = {};
+  bool last_block_short = false;  // any channel's block 5 of the previous frame was short
   int fgaincod = 4;
   BitAllocParams ba;
   DrcFrameGains drc = {};
@@ -74,6 +80,10 @@ struct FrameData {
   // Channels that take part in the bit allocation: the coded ones and the coupling channel.
   int AllocChannels() const { return channels + (cplinu ? 1 : 0); }
   const ChannelFrame& cplch() const { return ch[channels]; }
+  // Coarse SNR offset in effect in block b; fine offsets are the frame's.
+  int BlockCoarseOffset(int b) const { return csnroffst + snr_boost[b] / 16; }
+  // Whether block b sends SNR offsets: the first, and where they change.
+  bool NewSnrOffsets(int b) const { return b == 0 || snr_boost[b] != snr_boost[b - 1]; }
   // The first coupled channel: the coupling channel's mantissas follow its own.
   int FirstCoupled() const {
     for (int c = 0; c < nfch; ++c)
@@ -102,6 +112,9 @@ struct CodingPlan {
   SpxLayout spx_layout;
   int spx_blend = 0;
   int spx_run = kBlocks;
+  // SNR index added to the blocks around an attack (a multiple of 16: whole coarse steps);
+  // 0 for E-AC-3, whose offsets stay the same across the frame.
+  int attack_boost = 0;
 };
 // `extension`: the stream may use spectral extension (E-AC-3).
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);

@@ -55,9 +55,10 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
     bw->Put(f.ba.dbpbcod, 2);
     bw->Put(f.ba.floorcod, 3);
   }
-  bw->Put(blk == 0, 1);  // snroffste
-  if (blk == 0) {
-    bw->Put(f.csnroffst, 6);
+  const bool new_offsets = f.NewSnrOffsets(blk);
+  bw->Put(new_offsets, 1);  // snroffste
+  if (new_offsets) {
+    bw->Put(f.BlockCoarseOffset(blk), 6);
     if (f.cplinu) {
       bw->Put(f.fsnroffst[f.channels], 4);  // cplfsnroffst
       bw->Put(f.fgaincod, 3);               // cplfgaincod

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -124,6 +125,66 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
   ASSERT_TRUE(AllocateFrame(budget, limit, true, f.get()));
   EXPECT_LE(early_bits(), limit);
   EXPECT_GT(early_bits(), limit * 3 / 4);  // and the search still fills what it may
+}
+
+// A block that switches to short transforms holds an attack, and the next block's long
+// transform spans it too: both are quantized more finely, the frame's other blocks paying for
+// it, and a frame ending on an attack passes the boost on to the next frame's first block.
+TEST(Frame, AttackBlocksGetFinerQuantization) {
+  auto f = std::make_unique<FrameData>();
+  f->acmod = 2;
+  f->nfch = 2;
+  f->channels = 2;
+  std::vector<float> input(2 * (kHistory + kFrameInput));
+  uint32_t seed = 7;
+  for (float& x : input) x = 0.3f * Noise(&seed);
+  const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
+  bool short_blocks[kMaxChannels][kBlocks] = {};
+  short_blocks[0][2] = true;
+  CodingPlan plan = PlanForRate(256, 2, false);
+  ASSERT_FALSE(plan.coupling);
+  const int budget = 6000;
+
+  auto block_bits = [&](int b) {
+    MantissaCounter counter;
+    for (int c = 0; c < 2; ++c) counter.Add(f->ch[c].bap[b], 0, f->ch[c].end);
+    return counter.Bits();
+  };
+  auto allocate = [&](int boost, int bits[kBlocks]) {
+    plan.attack_boost = boost;
+    f->snr_index = 0;
+    f->last_block_short = false;
+    AnalyzeFrame(channels, short_blocks, plan, f.get());
+    ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
+    int total = 0;
+    for (int b = 0; b < kBlocks; ++b) total += bits[b] = block_bits(b);
+    EXPECT_LE(total, budget);
+  };
+  int plain[kBlocks], boosted[kBlocks];
+  allocate(0, plain);
+  for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], 0);
+  allocate(32, boosted);
+  const int expected[kBlocks] = {0, 0, 32, 32, 0, 0};
+  for (int b = 0; b < kBlocks; ++b) {
+    EXPECT_EQ(f->snr_boost[b], expected[b]) << "block " << b;
+    EXPECT_EQ(f->NewSnrOffsets(b), b == 0 || b == 2 || b == 4) << "block " << b;
+    if (expected[b]) {
+      EXPECT_GT(boosted[b], plain[b] * 5 / 4) << "block " << b;
+    } else {
+      EXPECT_LT(boosted[b], plain[b]) << "block " << b;
+    }
+  }
+  EXPECT_EQ(f->BlockCoarseOffset(2), f->csnroffst + 2);
+
+  std::fill(&short_blocks[0][0], &short_blocks[0][0] + kBlocks, false);
+  short_blocks[1][5] = true;
+  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  EXPECT_EQ(f->snr_boost[4], 0);
+  EXPECT_EQ(f->snr_boost[5], 32);
+  short_blocks[1][5] = false;
+  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  EXPECT_EQ(f->snr_boost[0], 32);
+  EXPECT_EQ(f->snr_boost[1], 0);
 }
 
 // Stereo shares its upper band where the rate leaves too little for two full channels, and
