@@ -550,6 +550,43 @@ int FrameBits(const uint64_t cost[][kBlocks], int channels, int* early) {
   return bits;
 }
 
+// Zero-bit bins reproduce as zero unless the channel's dithflag is set, when the decoder fills
+// them with uniform noise of +-0.707 times their exponent's step. That keeps the level of a
+// dense spectrum whose weaker bins got no bits (a hole there sounds dull or rough), but adds
+// noise where the bins are much weaker than their exponents say: beside a partial whose
+// exponent they share, or in silence. So a channel dithers a block where its zero-bit bins
+// hold at least kDitherEnergyShare of the noise's energy, and never in blocks around an
+// attack, where the noise would sit ahead of it. PEAQ, mean of 14 stereo items, ours minus FFmpeg, basic /
+// advanced: AC-3 2.0 128k -0.09 / -0.09 without dither -> +0.07 / -0.00 (guitar +0.97,
+// applause adv +0.7); E-AC-3 2.0 96k +0.59 / +1.06 -> +0.83 / +1.24. Dithering every block
+// but those around attacks scored the same at AC-3 but cost glockenspiel 0.3 at E-AC-3; a
+// share of 0.5 instead of 0.25 made no difference.
+constexpr double kDitherVariance = 0.707 * 0.707 / 3;
+constexpr float kDitherRms = 0.40819f;  // sqrt(kDitherVariance)
+constexpr double kDitherEnergyShare = 0.25;
+
+void ChooseDither(FrameData* f) {
+  static const struct InversePowers {
+    double v[32];
+    InversePowers() {
+      for (int e = 0; e < 32; ++e) v[e] = std::ldexp(1.0, -2 * e);
+    }
+  } kInverseSquares;
+  for (int c = 0; c < f->nfch; ++c) {
+    const ChannelFrame& ch = f->ch[c];
+    for (int b = 0; b < kBlocks; ++b) {
+      double actual = 0, noise = 0;
+      for (int i = 0; i < ch.end; ++i) {
+        if (ch.bap[b][i] != 0) continue;
+        actual += static_cast<double>(ch.coef[b][i]) * ch.coef[b][i];
+        noise += kInverseSquares.v[ch.exp[b][i] & 31];
+      }
+      f->dithflag[c][b] = !f->around_attack[b] && noise > 0 &&
+                          actual >= kDitherEnergyShare * kDitherVariance * noise;
+    }
+  }
+}
+
 }  // namespace
 
 bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine,
@@ -626,6 +663,7 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
   }
 
   ComputeFrameBap(f, t);
+  ChooseDither(f);
   f->csnroffst = lo >> 4;
   for (int c = 0; c < channels; ++c) f->fsnroffst[c] = t[c] & 15;
   for (int c = 0; c < channels; ++c) {
@@ -644,7 +682,8 @@ namespace {
 
 // The coefficient a decoder reconstructs for bin k of coded channel c in block b, before
 // rematrixing: its own mantissa, or in the coupling range the coupling channel's scaled by the
-// channel's coordinate.
+// channel's coordinate. A dithered zero-bit bin counts with the noise's RMS, which is what its
+// energy will be on average.
 float DecodedCoefficient(const FrameData& f, int c, int b, int k) {
   // 2^-e for every exponent the syntax carries.
   static const struct InversePowers {
@@ -654,7 +693,9 @@ float DecodedCoefficient(const FrameData& f, int c, int b, int k) {
     }
   } kInverse;
   const ChannelFrame& ch = f.cplinu && f.chincpl[c] && k >= f.cpl.start ? f.cplch() : f.ch[c];
-  float value = DequantizeMantissa(ch.mant[b][k], ch.bap[b][k]) * kInverse.v[ch.exp[b][k] & 31];
+  const uint8_t bap = ch.bap[b][k];
+  const float mantissa = bap == 0 && f.dithflag[c][b] ? kDitherRms : DequantizeMantissa(ch.mant[b][k], bap);
+  float value = mantissa * kInverse.v[ch.exp[b][k] & 31];
   if (&ch == &f.cplch()) {
     int band = 0;
     while (band + 1 < f.cpl.bands && k >= f.cpl.band_edge[band + 1]) ++band;

@@ -73,6 +73,9 @@ struct FrameData {
   // around an attack get finer quantization where the stream can say so.
   int snr_boost[kBlocks] = {};
   bool last_block_short = false;  // any channel's block 5 of the previous frame was short
+  // Whether the decoder fills each full-bandwidth channel's zero-bit bins with noise, per
+  // block (see ChooseDither).
+  bool dithflag[kMaxChannels][kBlocks] = {};
   int fgaincod = 4;
   BitAllocParams ba;
   DrcFrameGains drc = {};

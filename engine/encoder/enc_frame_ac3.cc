@@ -28,7 +28,7 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
                 MantissaPacker* packer) {
   const int nfch = f.nfch;
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
-  for (int c = 0; c < nfch; ++c) bw->Put(0, 1);  // dithflag: bap 0 bins reproduce as zero
+  for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
   for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
     bw->Put(f.drc.dynrng_on, 1);
     if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);

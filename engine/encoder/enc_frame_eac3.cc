@@ -88,7 +88,7 @@ void WriteSpxCoords(BitWriter* bw, const FrameData& f, int blk) {
 void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bool dependent) {
   const int nfch = f.nfch;
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
-  for (int c = 0; c < nfch; ++c) bw->Put(0, 1);  // dithflag
+  for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
   for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
     bw->Put(f.drc.dynrng_on, 1);
     if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);

@@ -187,6 +187,29 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
   EXPECT_EQ(f->snr_boost[1], 0);
 }
 
+// Zero-bit bins of a dense spectrum are filled with noise by the decoder; bins that held
+// nothing, and those of the blocks around an attack, stay silent.
+TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {
+  auto f = std::make_unique<FrameData>();
+  f->acmod = 2;
+  f->nfch = 2;
+  f->channels = 2;
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(2 * kLength);
+  uint32_t seed = 3;
+  for (int n = 0; n < kLength; ++n) input[n] = 0.3f * Noise(&seed);  // channel 1 stays silent
+  const float* channels[2] = {&input[0], &input[kLength]};
+  bool short_blocks[kMaxChannels][kBlocks] = {};
+  short_blocks[0][4] = true;
+  const CodingPlan plan = PlanForRate(128, 2, false);
+  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  ASSERT_TRUE(AllocateFrame(1500, 1500, true, f.get()));
+  for (int b = 0; b < kBlocks; ++b) {
+    EXPECT_EQ(f->dithflag[0][b], b < 4) << "block " << b;
+    EXPECT_FALSE(f->dithflag[1][b]) << "block " << b;
+  }
+}
+
 // Stereo shares its upper band where the rate leaves too little for two full channels, and
 // only in frames whose channels carry much the same there.
 TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
@@ -249,7 +272,9 @@ TEST(Frame, MultichannelCouplingChoosesItsChannels) {
       EXPECT_EQ(f->chincpl[c], coupled) << "channel " << c;
       EXPECT_EQ(f->ch[c].end, coupled ? f->cpl.start : 73 + 3 * plan.chbwcod) << "channel " << c;
     }
-    if (fronts_shared) EXPECT_EQ(f->FirstCoupled(), 0);
+    if (fronts_shared) {
+      EXPECT_EQ(f->FirstCoupled(), 0);
+    }
   }
 }
 
