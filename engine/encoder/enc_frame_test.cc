@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "ac3_tables.h"
@@ -215,27 +216,34 @@ TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {
 TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   EXPECT_FALSE(PlanForRate(96, 2, false).coupling);  // 48 kbps per channel: not worth it
   EXPECT_FALSE(PlanForRate(256, 2, false).coupling);
-  const CodingPlan plan = PlanForRate(128, 2, false);
-  ASSERT_TRUE(plan.coupling);
-  EXPECT_LT(plan.cplbegf, PlanForRate(192, 2, false).cplbegf);  // starts lower at lower rates
+  EXPECT_LT(PlanForRate(128, 2, false).cplbegf, PlanForRate(192, 2, false).cplbegf);
   constexpr int kLength = kHistory + kFrameInput;
-  for (bool same : {true, false}) {
-    auto f = std::make_unique<FrameData>();
-    f->acmod = 2;
-    f->nfch = f->channels = 2;
-    std::vector<float> input(2 * kLength);
-    uint32_t seed = 5;
-    for (int c = 0; c < 2; ++c)
-      for (int n = 0; n < kLength; ++n) {
-        const float noise = Noise(&seed);
-        input[c * kLength + n] = same && c == 1 ? 0.5f * input[n] : 0.3f * noise;
-      }
-    const float* channels[2] = {&input[0], &input[kLength]};
-    bool short_blocks[kMaxChannels][kBlocks] = {};
-    AnalyzeFrame(channels, short_blocks, plan, f.get());
-    EXPECT_EQ(f->cplinu, same);
-    // Coupled, the channels end where coupling starts; apart, each keeps its full band.
-    EXPECT_EQ(f->ch[0].end, same ? f->cpl.start : 73 + 3 * plan.chbwcod);
+  // At 192k a channel's own band reaches past the coupling range.
+  for (int kbps : {128, 192}) {
+    const CodingPlan plan = PlanForRate(kbps, 2, false);
+    ASSERT_TRUE(plan.coupling);
+    for (bool same : {true, false}) {
+      SCOPED_TRACE(std::to_string(kbps) + (same ? " kbps, same" : " kbps, apart"));
+      auto f = std::make_unique<FrameData>();
+      f->acmod = 2;
+      f->nfch = f->channels = 2;
+      std::vector<float> input(2 * kLength);
+      uint32_t seed = 5;
+      for (int c = 0; c < 2; ++c)
+        for (int n = 0; n < kLength; ++n) {
+          const float noise = Noise(&seed);
+          input[c * kLength + n] = same && c == 1 ? 0.5f * input[n] : 0.3f * noise;
+        }
+      const float* channels[2] = {&input[0], &input[kLength]};
+      bool short_blocks[kMaxChannels][kBlocks] = {};
+      AnalyzeFrame(channels, short_blocks, plan, f.get());
+      EXPECT_EQ(f->cplinu, same);
+      // Coupled, the channels end where coupling starts; apart, each keeps its full band, with
+      // its spectrum up to the top.
+      const ChannelFrame& ch = f->ch[0];
+      EXPECT_EQ(ch.end, same ? f->cpl.start : 73 + 3 * plan.chbwcod);
+      for (int b = 0; b < kBlocks; ++b) EXPECT_LT(ch.exp[b][ch.end - 1], 16) << "block " << b;
+    }
   }
 }
 
