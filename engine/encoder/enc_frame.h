@@ -105,6 +105,7 @@ struct CodingPlan {
   bool coupling = false;     // couple the full-bandwidth channels (acmod 2..7)
   int cplbegf = 0;           // coupling range, see CouplingLayout
   int cplendf = 0;
+  int cplendf_alone = 0;     // the range's end in frames without spectral extension
   float cplfit = 0;          // coordinates: 0 energy-preserving .. 1 least-squares
   // A frame whose channels correlate less than this with their sum in the coupling range is
   // coded without coupling (see CouplingCoherence); -1 couples every frame.
