@@ -364,22 +364,45 @@ void ForEachSpxRun(const FrameData& f, Run run) {
   }
 }
 
+// An attack lands in the new half of a block that switches to short transforms; the next
+// block's long transform spans it too and spreads its quantization noise over the samples
+// before it. Both blocks get `boost` more SNR index, paid for by the frame's other blocks.
+void MarkAttackBlocks(int boost, FrameData* f) {
+  bool short_before = f->last_block_short;
+  for (int b = 0; b < kBlocks; ++b) {
+    bool short_now = false;
+    for (int c = 0; c < f->nfch; ++c) short_now |= f->ch[c].blksw[b];
+    f->around_attack[b] = short_now || short_before;
+    f->snr_boost[b] = f->around_attack[b] ? boost : 0;
+    short_before = short_now;
+  }
+  f->last_block_short = short_before;
+}
+
 // Prepares the spectral extension's coordinates of every extended channel: a new set in block
-// 0, every plan.spx_run blocks and where a channel changes its transform length, each to
-// restore the original's energy over the run of blocks it serves, with its noise blend.
-// MatchSpxToDecodedCopies computes the values once the copied mantissas are known.
+// 0, every plan.spx_run blocks, where a channel changes its transform length and where the
+// blocks around an attack begin and end, each to restore the original's energy over the run of
+// blocks it serves, with its noise blend. MatchSpxToDecodedCopies computes the values once the
+// copied mantissas are known. Around an attack the band is not rebuilt: the copies' time
+// aliasing does not cancel against the neighbouring blocks and lands ahead of the attack.
+// Pre-echo over the 92 attacks of six items, median / 90th percentile: E-AC-3 2.0 96k 8.0 /
+// 16.2 dB -> 6.8 / 14.3, 128k 7.0 / 15.0 -> 6.2 / 13.4, for 0.03 and 0.01 of mean PEAQ
+// (applause at 96k 0.1); halving the band there instead gained half as much.
 void ExtendFrame(const CodingPlan& plan, FrameData* f) {
   for (int b = 0; b < kBlocks; ++b) {
     bool changed = b == 0 || b % plan.spx_run == 0;
+    if (b > 0) changed |= f->around_attack[b] != f->around_attack[b - 1];
     for (int c = 0; c < f->nfch && b > 0; ++c) changed |= f->ch[c].blksw[b] != f->ch[c].blksw[b - 1];
     f->spxcoe[b] = changed;
   }
   ForEachSpxRun(*f, [&](int first, int last) {
     for (int c = 0; c < f->nfch; ++c) {
       if (!f->chinspx[c]) continue;
+      double* target = f->spx_target[first][c];
       const float* coefs[kBlocks];
       for (int b = first; b < last; ++b) coefs[b - first] = f->ch[c].coef[b];
-      SpxBandEnergies(coefs, last - first, f->spx, f->spx_target[first][c], nullptr);
+      SpxBandEnergies(coefs, last - first, f->spx, target, nullptr);
+      if (f->around_attack[first]) std::fill(target, target + f->spx.bands, 0.0);
       bool transient = false;
       for (int b = first; b < last; ++b) transient |= f->ch[c].blksw[b];
       f->spx_coords[first][c].blend =
@@ -433,21 +456,6 @@ bool CoupledBandSilent(const FrameData& f) {
   return true;
 }
 
-// An attack lands in the new half of a block that switches to short transforms; the next
-// block's long transform spans it too and spreads its quantization noise over the samples
-// before it. Both blocks get `boost` more SNR index, paid for by the frame's other blocks.
-void MarkAttackBlocks(int boost, FrameData* f) {
-  bool short_before = f->last_block_short;
-  for (int b = 0; b < kBlocks; ++b) {
-    bool short_now = false;
-    for (int c = 0; c < f->nfch; ++c) short_now |= f->ch[c].blksw[b];
-    f->around_attack[b] = short_now || short_before;
-    f->snr_boost[b] = f->around_attack[b] ? boost : 0;
-    short_before = short_now;
-  }
-  f->last_block_short = short_before;
-}
-
 }  // namespace
 
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
@@ -481,6 +489,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     ChannelFrame& ch = f->ch[c];
     ch.end = ch.lfe ? ac3::kLfeEndMant : f->cplinu ? f->cpl.end : uncoupled_end(c);
   }
+  MarkAttackBlocks(plan.attack_boost, f);
   // The extension's coordinates measure the whole spectrum; after them, bins past the
   // bandwidth are not coded: clear them so nothing downstream sees them.
   if (f->spxinu) ExtendFrame(plan, f);
@@ -526,7 +535,6 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
       else ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);
     }
   }
-  MarkAttackBlocks(plan.attack_boost, f);
 }
 
 namespace {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -186,6 +187,34 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
   AnalyzeFrame(channels, short_blocks, plan, f.get());
   EXPECT_EQ(f->snr_boost[0], 32);
   EXPECT_EQ(f->snr_boost[1], 0);
+}
+
+// The blocks around an attack get coordinates of their own that rebuild nothing; the others
+// restore the original's upper band.
+TEST(Frame, SpectralExtensionRebuildsNothingAroundAnAttack) {
+  auto f = std::make_unique<FrameData>();
+  f->acmod = 1;
+  f->nfch = f->channels = 1;
+  std::vector<float> input(kHistory + kFrameInput);
+  uint32_t seed = 3;
+  for (float& x : input) x = 0.3f * Noise(&seed);
+  const float* channels[1] = {input.data()};
+  bool short_blocks[kMaxChannels][kBlocks] = {};
+  short_blocks[0][2] = true;
+  const CodingPlan plan = PlanForRate(48, 1, false, true);
+  ASSERT_TRUE(plan.spx);
+  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  ASSERT_TRUE(f->spxinu && f->chinspx[0]);
+  // Block 2 is short, block 3 takes the attack into its long transform.
+  const bool new_set[kBlocks] = {true, false, true, true, true, false};
+  for (int b = 0; b < kBlocks; ++b) {
+    EXPECT_EQ(f->spxcoe[b], new_set[b]) << "block " << b;
+    if (!new_set[b]) continue;
+    const double* target = f->spx_target[b][0];
+    const double energy = std::accumulate(target, target + f->spx.bands, 0.0);
+    if (b == 2 || b == 3) EXPECT_EQ(energy, 0.0) << "block " << b;
+    else EXPECT_GT(energy, 0.0) << "block " << b;
+  }
 }
 
 // Zero-bit bins of a dense spectrum are filled with noise by the decoder; bins that held
