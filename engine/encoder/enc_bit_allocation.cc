@@ -116,7 +116,8 @@ int OffsetMask(int mask, int snroffset, int floor) {
 }  // namespace
 
 void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
-                    const BitAllocParams& params, Masking* out, int fleak, int sleak) {
+                    const BitAllocParams& params, Masking* out, int fleak, int sleak,
+                    const MaskDelta* delta) {
   out->start = start;
   out->end = end;
   for (int i = start; i < end; ++i) out->psd[i] = static_cast<int16_t>(3072 - (exp[i] << 7));
@@ -131,6 +132,7 @@ void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
     if (bndpsd[band] < dbknee) excite[band] += (dbknee - bndpsd[band]) >> 2;
     out->mask[band] = static_cast<int16_t>(std::max<int>(excite[band], kHearingThreshold48k[band]));
   }
+  if (delta) ApplyMaskDelta(*delta, bndstrt, bndend, out->mask);
   FindRuns(out);
 }
 

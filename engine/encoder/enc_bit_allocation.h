@@ -1,11 +1,13 @@
 // The parametric bit allocation of A/52 section 7.2, as a decoder runs it: exponents to power
 // spectral density, integration into the 50 bands, excitation with the fast and slow leaks and
 // low-frequency compensation, masking curve against the hearing threshold, and finally the
-// bit allocation pointers for an SNR offset. Delta bit allocation is not used.
+// bit allocation pointers for an SNR offset.
 #ifndef DDPI_ENGINE_ENCODER_ENC_BIT_ALLOCATION_H
 #define DDPI_ENGINE_ENCODER_ENC_BIT_ALLOCATION_H
 
 #include <cstdint>
+
+#include "enc_delta_allocation.h"
 
 namespace ddpi::enc {
 
@@ -33,9 +35,11 @@ struct Masking {
 
 // psd, band integration, excitation and masking curve for bins [start, end) (start = 0:
 // full-bandwidth and LFE channels; LFE has end = 7; the coupling channel starts at
-// cplstrtmant and its leaks at cplfleak / cplsleak).
+// cplstrtmant and its leaks at cplfleak / cplsleak), with the delta bit allocation `delta`
+// when there is one.
 void ComputeMasking(const uint8_t* exp, int start, int end, int fgaincod,
-                    const BitAllocParams& params, Masking* out, int fleak = 0, int sleak = 0);
+                    const BitAllocParams& params, Masking* out, int fleak = 0, int sleak = 0,
+                    const MaskDelta* delta = nullptr);
 
 // snroffset = ((csnroffst - 15) << 4 + fsnroffst) << 2.
 constexpr int SnrOffset(int csnroffst, int fsnroffst) {

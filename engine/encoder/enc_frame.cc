@@ -65,8 +65,10 @@ constexpr double kCouplingBeginShare = 0.7;
 // (6 dB) finer than the rest of the frame. Pre-echo over the 102 attacks of the quality
 // benchmark at AC-3 2.0 128k, median / 90th percentile: 5.5 / 12.5 dB -> 5.1 / 10.3 dB, for
 // 0.003 of mean PEAQ; three steps reached 4.8 / 9.6 dB but cost 0.02. E-AC-3 streams keep one
-// set of offsets per frame: FFmpeg's decoder reads E-AC-3 SNR offsets in block 0 only.
+// set of offsets per frame (FFmpeg's decoder reads E-AC-3 SNR offsets in block 0 only) and
+// lower those blocks' masking curves by delta bit allocation instead.
 constexpr int kAttackBoost = 32;
+constexpr int kBoostPerDeltaStep = 32;  // a delta step is 6 dB, as are 32 SNR index units
 
 // Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
 // measured) shares the band from 6.8 kHz (cplbegf 3, at 64 kbps per channel) to 10.2 kHz
@@ -182,7 +184,8 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   // (PEAQ on drums at AC-3 2.0 128k: fgaincod 4 grades 0.27 above 7).
   plan.fgaincod = 4;
   plan.frame_bits = kbps * 32;
-  plan.attack_boost = extension ? 0 : kAttackBoost;
+  plan.attack_boost = kAttackBoost;
+  plan.boost_by_delta = extension;
   ChooseCoupling(per_channel, acmod, end, &plan);
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   plan.cplendf_alone = plan.cplendf;
@@ -366,14 +369,21 @@ void ForEachSpxRun(const FrameData& f, Run run) {
 
 // An attack lands in the new half of a block that switches to short transforms; the next
 // block's long transform spans it too and spreads its quantization noise over the samples
-// before it. Both blocks get `boost` more SNR index, paid for by the frame's other blocks.
-void MarkAttackBlocks(int boost, FrameData* f) {
+// before it. Both blocks get the plan's attack boost, paid for by the frame's other blocks:
+// more SNR index, or masking curves lower by as many delta steps. Deltas go to the
+// full-bandwidth channels only: decoders disagree on where the coupling channel's segments
+// start counting (band 0 or the coupling range's first band).
+void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
   bool short_before = f->last_block_short;
+  const MaskDelta boosted = UniformMaskDelta(-plan.attack_boost / kBoostPerDeltaStep);
   for (int b = 0; b < kBlocks; ++b) {
     bool short_now = false;
     for (int c = 0; c < f->nfch; ++c) short_now |= f->ch[c].blksw[b];
     f->around_attack[b] = short_now || short_before;
-    f->snr_boost[b] = f->around_attack[b] ? boost : 0;
+    const bool boost = f->around_attack[b] && plan.attack_boost > 0;
+    f->snr_boost[b] = boost && !plan.boost_by_delta ? plan.attack_boost : 0;
+    for (int i = 0; i <= kMaxCplChannels; ++i)
+      f->dba[b][i] = boost && plan.boost_by_delta && i < f->nfch ? boosted : MaskDelta();
     short_before = short_now;
   }
   f->last_block_short = short_before;
@@ -456,7 +466,30 @@ bool CoupledBandSilent(const FrameData& f) {
   return true;
 }
 
+// Whether block b of coded channel c (or the coupling channel) has the masking inputs of the
+// block before it: reused exponents and the same delta bit allocation.
+bool SameMaskingInputs(const FrameData& f, int c, int b) {
+  if (f.ch[c].strategy[b] != kExpReuse) return false;
+  const MaskDelta* delta = f.DeltaOf(c, b);
+  return delta == nullptr || *delta == *f.DeltaOf(c, b - 1);
+}
+
 }  // namespace
+
+bool FrameData::UsesDeltaAllocation() const {
+  for (int i = 0; i <= nfch; ++i) {
+    if (dba_carried[i].Any()) return true;
+    for (int b = 0; b < kBlocks; ++b)
+      if (dba[b][i].Any()) return true;
+  }
+  return false;
+}
+
+void FrameData::CarryDeltaAllocation() {
+  for (int c = 0; c < nfch; ++c) dba_carried[c] = dba[kBlocks - 1][c];
+  // A frame without coupling says nothing of the coupling channel's delta.
+  if (cplinu) dba_carried[nfch] = dba[kBlocks - 1][nfch];
+}
 
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
                   const CodingPlan& plan, FrameData* f) {
@@ -489,7 +522,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     ChannelFrame& ch = f->ch[c];
     ch.end = ch.lfe ? ac3::kLfeEndMant : f->cplinu ? f->cpl.end : uncoupled_end(c);
   }
-  MarkAttackBlocks(plan.attack_boost, f);
+  MarkAttackBlocks(plan, f);
   // The extension's coordinates measure the whole spectrum; after them, bins past the
   // bandwidth are not coded: clear them so nothing downstream sees them.
   if (f->spxinu) ExtendFrame(plan, f);
@@ -526,13 +559,14 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     const bool cpl = c == f->channels;
     if (cpl) ShareAndCodeCoupling(ch.exp, ch.strategy, ch.start, ch.end);
     else ShareAndCode(ch.exp, ch.strategy, kBlocks, ch.end);
-    // A block that reuses exponents has the masking of the block before it.
+    // A block that reuses exponents and delta has the masking of the block before it.
     for (int b = 0; b < kBlocks; ++b) {
-      if (b > 0 && ch.strategy[b] == kExpReuse) ch.masking[b] = ch.masking[b - 1];
+      const MaskDelta* delta = f->DeltaOf(c, b);
+      if (b > 0 && SameMaskingInputs(*f, c, b)) ch.masking[b] = ch.masking[b - 1];
       else if (cpl)
         ComputeMasking(ch.exp[b], ch.start, ch.end, f->fgaincod, f->ba, &ch.masking[b],
-                       f->cplfleak, f->cplsleak);
-      else ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b]);
+                       f->cplfleak, f->cplsleak, delta);
+      else ComputeMasking(ch.exp[b], 0, ch.end, f->fgaincod, f->ba, &ch.masking[b], 0, 0, delta);
     }
   }
 }
@@ -560,7 +594,7 @@ void ChannelCosts(const FrameData* f, int c, int t, uint64_t cost[kBlocks]) {
   static const AddressWeights weights;
   const ChannelFrame& ch = f->ch[c];
   for (int b = 0; b < kBlocks; ++b) {
-    const bool same = b > 0 && ch.strategy[b] == kExpReuse && f->snr_boost[b] == f->snr_boost[b - 1];
+    const bool same = b > 0 && SameMaskingInputs(*f, c, b) && f->snr_boost[b] == f->snr_boost[b - 1];
     cost[b] = same ? cost[b - 1] : SumBapWeights(ch.masking[b], SnrOffset(*f, t, b), f->ba, weights.w);
   }
 }

@@ -73,6 +73,11 @@ struct FrameData {
   // around an attack get finer quantization where the stream can say so.
   int snr_boost[kBlocks] = {};
   bool last_block_short = false;  // any channel's block 5 of the previous frame was short
+  // Delta bit allocation of each block: the full-bandwidth channels', then the coupling
+  // channel's at index nfch (the LFE has none); and those in effect after the previous frame,
+  // which the next frame's block 0 starts from (see WriteDeltaAllocation).
+  MaskDelta dba[kBlocks][kMaxCplChannels + 1];
+  MaskDelta dba_carried[kMaxCplChannels + 1];
   // Whether the decoder fills each full-bandwidth channel's zero-bit bins with noise, per
   // block (see ChooseDither).
   bool dithflag[kMaxChannels][kBlocks] = {};
@@ -80,6 +85,16 @@ struct FrameData {
   BitAllocParams ba;
   DrcFrameGains drc = {};
 
+  // The delta of coded channel c (the coupling channel at index `channels`) in block b, or
+  // nullptr for the LFE.
+  const MaskDelta* DeltaOf(int c, int b) const {
+    if (c == channels) return &dba[b][nfch];
+    return c < nfch ? &dba[b][c] : nullptr;
+  }
+  // Whether the frame says anything of delta bit allocation (E-AC-3's dbaflde).
+  bool UsesDeltaAllocation() const;
+  // Remembers the deltas in effect at the end of a frame that was written.
+  void CarryDeltaAllocation();
   // Channels that take part in the bit allocation: the coded ones and the coupling channel.
   int AllocChannels() const { return channels + (cplinu ? 1 : 0); }
   const ChannelFrame& cplch() const { return ch[channels]; }
@@ -116,9 +131,11 @@ struct CodingPlan {
   SpxLayout spx_layout;
   int spx_blend = 0;
   int spx_run = kBlocks;
-  // SNR index added to the blocks around an attack (a multiple of 16: whole coarse steps);
-  // 0 for E-AC-3, whose offsets stay the same across the frame.
+  // SNR index added to the blocks around an attack (a multiple of 32: 6 dB steps), through
+  // the SNR offsets, or for E-AC-3, whose offsets stay the same across the frame, through
+  // delta bit allocation.
   int attack_boost = 0;
+  bool boost_by_delta = false;
 };
 // `extension`: the stream may use spectral extension (E-AC-3).
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);

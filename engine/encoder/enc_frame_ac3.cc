@@ -1,5 +1,7 @@
 #include "enc_frame_ac3.h"
 
+#include <algorithm>
+
 #include "ac3_tables.h"
 #include "crc16.h"
 #include "enc_bsi.h"
@@ -24,8 +26,9 @@ void WriteCouplingStrategy(BitWriter* bw, const FrameData& f, int blk) {
   for (int k = 1; k < f.cpl.subbands; ++k) bw->Put(f.cpl.bndstrc[k], 1);
 }
 
-void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
-                MantissaPacker* packer) {
+// False when the block's delta bit allocation cannot be written.
+bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
+                MaskDelta* dba_state, MantissaPacker* packer) {
   const int nfch = f.nfch;
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
   for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
@@ -75,23 +78,28 @@ void WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
       bw->Put(f.cplsleak, 3);
     }
   }
-  bw->Put(0, 1);  // deltbaie
+  if (!WriteDeltaAllocation(bw, f.dba[blk], dba_state, nfch, f.cplinu, blk == 0)) return false;
   bw->Put(0, 1);  // skiple
   if (packer) WriteMantissas(bw, f, blk, packer);
+  return true;
 }
 
 // Writes the frame up to the auxiliary data; *early_end receives the position after block 1.
-void WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer,
+// False when the frame's delta bit allocation cannot be written.
+bool WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer,
                 size_t* early_end) {
   bw->Put(0x0B77, 16);
   bw->Put(0, 16);  // crc1, filled in afterwards
   bw->Put(0, 2);   // fscod: 48 kHz
   bw->Put(Ac3FrameSizeCode(cfg.kbps), 6);
   WriteAc3Bsi(bw, cfg, f.drc);
+  MaskDelta dba_state[kMaxCplChannels + 1];
+  std::copy(f.dba_carried, f.dba_carried + kMaxCplChannels + 1, dba_state);
   for (int blk = 0; blk < kBlocks; ++blk) {
-    WriteBlock(bw, cfg, f, blk, packer);
+    if (!WriteBlock(bw, cfg, f, blk, dba_state, packer)) return false;
     if (blk == 1) *early_end = bw->position();
   }
+  return true;
 }
 
 // Bytes of the first 5/8 of a frame, which crc1 covers (A/52 section 7.10.1).
@@ -110,7 +118,7 @@ bool EncodeAc3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pack
   const int frame_bytes = ac3::FrameWords48k(cfg.kbps) * 2;
   BitWriter counter;
   size_t early_end = 0;
-  WriteFrame(&counter, cfg, *f, nullptr, &early_end);
+  if (!WriteFrame(&counter, cfg, *f, nullptr, &early_end)) return false;
   const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
   // Blocks 0 and 1 must end within the first 5/8 of the frame, so that a decoder can start on
   // them once crc1 has checked.
@@ -119,6 +127,7 @@ bool EncodeAc3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pack
 
   BitWriter bw(out, frame_bytes);
   WriteFrame(&bw, cfg, *f, packer, &early_end);
+  f->CarryDeltaAllocation();
   if (early_end > static_cast<size_t>(FirstFiveEighths(frame_bytes)) * 8) return false;
   bw.PadTo(static_cast<size_t>(frame_bytes) * 8 - kTrailerBits);
   bw.Put(0, 1);   // auxdatae

@@ -1,5 +1,7 @@
 #include "enc_frame_eac3.h"
 
+#include <algorithm>
+
 #include "ac3_tables.h"
 #include "crc16.h"
 #include "enc_bsi.h"
@@ -21,7 +23,7 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
   bw->Put(1, 1);  // dithflage
   bw->Put(0, 1);  // bamode: default bit allocation parameters
   bw->Put(f.fgaincod != 4, 1);  // frmfgaincode: fast gain codes in every block, else all 4
-  bw->Put(0, 1);  // dbaflde
+  bw->Put(f.UsesDeltaAllocation(), 1);  // dbaflde
   bw->Put(0, 1);  // skipflde
   bw->Put(0, 1);  // spxattene
   if (f.acmod > 1) {
@@ -85,7 +87,9 @@ void WriteSpxCoords(BitWriter* bw, const FrameData& f, int blk) {
   }
 }
 
-void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bool dependent) {
+// False when the block's delta bit allocation cannot be written.
+bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, MantissaPacker* packer,
+                bool dependent) {
   const int nfch = f.nfch;
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
   for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
@@ -128,14 +132,24 @@ void WriteBlock(BitWriter* bw, FrameData& f, int blk, MantissaPacker* packer, bo
       bw->Put(f.cplsleak, 3);
     }
   }
+  if (f.UsesDeltaAllocation() &&
+      !WriteDeltaAllocation(bw, f.dba[blk], dba_state, nfch, f.cplinu, blk == 0))
+    return false;
+  // skipflde is 0: no skip fields.
   if (packer) WriteMantissas(bw, f, blk, packer);
+  return true;
 }
 
-void WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer) {
+// False when the frame's delta bit allocation cannot be written.
+bool WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer) {
   bw->Put(0x0B77, 16);
   WriteEac3Bsi(bw, cfg, ac3::FrameWords48k(cfg.kbps), f.drc);
   WriteAudioFrame(bw, f, cfg.substream.dependent);
-  for (int blk = 0; blk < kBlocks; ++blk) WriteBlock(bw, f, blk, packer, cfg.substream.dependent);
+  MaskDelta dba_state[kMaxCplChannels + 1];
+  std::copy(f.dba_carried, f.dba_carried + kMaxCplChannels + 1, dba_state);
+  for (int blk = 0; blk < kBlocks; ++blk)
+    if (!WriteBlock(bw, f, blk, dba_state, packer, cfg.substream.dependent)) return false;
+  return true;
 }
 
 }  // namespace
@@ -144,13 +158,14 @@ bool EncodeEac3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* pac
                      uint8_t* out) {
   const int frame_bytes = ac3::FrameWords48k(cfg.kbps) * 2;
   BitWriter counter;
-  WriteFrame(&counter, cfg, *f, nullptr);
+  if (!WriteFrame(&counter, cfg, *f, nullptr)) return false;
   const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
   if (budget < 0 || !AllocateFrame(budget, budget, false, f)) return false;
   if (f->spxinu) MatchSpxToDecodedCopies(f);
 
   BitWriter bw(out, frame_bytes);
   WriteFrame(&bw, cfg, *f, packer);
+  f->CarryDeltaAllocation();
   bw.PadTo(static_cast<size_t>(frame_bytes) * 8 - kTrailerBits);
   bw.Put(0, 1);   // auxdatae
   bw.Put(0, 1);   // crcrsv
