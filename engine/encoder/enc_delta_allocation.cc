@@ -80,18 +80,21 @@ bool MakeDeltaSegments(const MaskDelta& delta, DeltaSegments* out) {
 bool WriteDeltaAllocation(BitWriter* bw, const MaskDelta* now, MaskDelta* before, int nfch,
                           bool coupling, bool first_block) {
   const int count = nfch + (coupling ? 1 : 0);
-  // deltbae per channel: 0 reuse, 1 new segments, 2 none.
+  // deltbae per channel: 0 reuse, 1 new segments, 2 none. A channel without a delta always
+  // says none: some decoders apply the last segments they read on a reuse, whatever came
+  // between.
   int mode[kMaxDeltaChannels] = {};
   DeltaSegments segments[kMaxDeltaChannels];
   bool any_sent = false;
-  bool explicit_all = false;
-  if (first_block)
-    for (int i = 0; i < count; ++i) explicit_all |= now[i].Any() || before[i].Any();
-  for (int i = 0; i < count; ++i) {
-    if (!explicit_all && now[i] == before[i]) continue;
-    mode[i] = now[i].Any() ? 1 : 2;
-    if (mode[i] == 1 && !MakeDeltaSegments(now[i], &segments[i])) return false;
-    any_sent = true;
+  for (int i = 0; i < count; ++i)
+    any_sent |= now[i] != before[i] || (first_block && (now[i].Any() || before[i].Any()));
+  for (int i = 0; i < count && any_sent; ++i) {
+    if (!now[i].Any()) {
+      mode[i] = 2;
+    } else if (now[i] != before[i] || first_block) {
+      mode[i] = 1;
+      if (!MakeDeltaSegments(now[i], &segments[i])) return false;
+    }
   }
   if (bw == nullptr) return true;
   bw->Put(any_sent, 1);  // deltbaie

@@ -43,8 +43,10 @@ bool MakeDeltaSegments(const MaskDelta& delta, DeltaSegments* out);
 // The delta bit allocation of one block (deltbaie and what follows it) for the full-bandwidth
 // channels [0, nfch) and, when `coupling`, the coupling channel: `now` holds the block's
 // deltas (coupling channel last), `before` those in effect after the previous block, which
-// this updates. A channel whose delta did not change reuses it; in `first_block` every
-// channel says its delta outright if any channel has one, since state does not cross frames.
+// this updates. Nothing is said when no delta changed; otherwise a channel whose delta did
+// not change reuses it, and one without a delta says so. In `first_block` every channel says
+// its delta outright if any channel has or had one, since decoders do not agree on whether
+// state crosses frames.
 // Returns false, writing nothing, when the syntax cannot carry a delta; with bw == nullptr
 // only checks.
 bool WriteDeltaAllocation(BitWriter* bw, const MaskDelta* now, MaskDelta* before, int nfch,

@@ -86,11 +86,23 @@ TEST(DeltaAllocation, BlocksSayOnlyWhatChanged) {
   const BlockModes b1 = ReadModes(&r, kChannels);
   EXPECT_TRUE(b1.present);
   EXPECT_EQ(b1.mode[0], 1);  // new
-  EXPECT_EQ(b1.mode[1], 0);  // reuse
+  EXPECT_EQ(b1.mode[1], 2);  // none, never a reuse of nothing
   EXPECT_FALSE(ReadModes(&r, kChannels).present);  // block 2: unchanged
   const BlockModes b3 = ReadModes(&r, kChannels);
   EXPECT_EQ(b3.mode[0], 2);  // none from here on
-  EXPECT_EQ(b3.mode[1], 0);
+  EXPECT_EQ(b3.mode[1], 2);
+
+  // A channel whose delta stays while another's changes reuses its own.
+  const MaskDelta two[2][kChannels] = {{boost, boost}, {boost, none}};
+  MaskDelta pair_state[kChannels];
+  uint8_t pair[32] = {};
+  BitWriter bw3(pair, sizeof pair);
+  for (int b = 0; b < 2; ++b) ASSERT_TRUE(WriteDeltaAllocation(&bw3, two[b], pair_state, kChannels, false, false));
+  BitReader r3(pair, sizeof pair);
+  EXPECT_EQ(ReadModes(&r3, kChannels).mode[1], 1);
+  const BlockModes second = ReadModes(&r3, kChannels);
+  EXPECT_EQ(second.mode[0], 0);
+  EXPECT_EQ(second.mode[1], 2);
 
   // A frame that starts after one ending with a delta says so outright in its block 0.
   state[1] = boost;

@@ -34,7 +34,7 @@ void Encoder::Configure(const EncoderConfig& config) {
   frame_.lfe = config.lfe;
   frame_.channels = nfch + (config.lfe ? 1 : 0);
   frame_.snr_index = 0;
-  frame_.last_block_short = false;
+  std::fill(frame_.last_block_short, frame_.last_block_short + kMaxCplChannels, false);
 }
 
 void ConditionSlot(const float* in, float* out, InputReport* report) {

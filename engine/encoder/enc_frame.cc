@@ -144,6 +144,11 @@ constexpr int kSpxRun = kBlocks;
 // Runs holding short blocks take no noise: the decoder spreads its noise over the whole block,
 // which puts it ahead of the attack (pre-echo median over 102 attacks 12 -> 9 dB).
 constexpr int kSpxTransientBlend = 31;
+// Share of the original's energy rebuilt in the blocks around an attack. Pre-echo over the 92
+// attacks of six stereo items, 90th percentile, with the finer quantization there: E-AC-3 2.0
+// 96k 16.2 -> 12.8 dB, 128k 15.0 -> 12.7 dB, PEAQ within 0.02; rebuilding nothing there
+// reached 12.2 / 11.9 dB but cost a 5.1 percussion mix 0.16 at 192k (this: 0.06).
+constexpr double kSpxAttackEnergy = 0.25;
 // Flatness of the original's upper band below which a channel keeps its mantissas there
 // (2.0 96k: 0.002 -> +0.06 mean ODG, glockenspiel -3.76 -> -2.66; from 0.02 up the gate took
 // noisy frames too and lost).
@@ -193,6 +198,8 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
     // The coupling range then ends where the extension begins.
     plan.cplendf = (plan.spx_layout.begin - 37) / 12 - 3;
     plan.coupling = plan.cplbegf < plan.cplendf + 3;
+    const int alone_end = 37 + 12 * (plan.cplendf_alone + 3);
+    plan.spx_yields_to_coupling = alone_end >= plan.spx_layout.end * 3 / 4;
   } else if (plan.coupling) {
     // Channels end where the coupling range ends in frames that leave coupling too, so the
     // bandwidth does not change from frame to frame. At AC-3 2.0 192k, coding such frames up
@@ -370,39 +377,44 @@ void ForEachSpxRun(const FrameData& f, Run run) {
 // An attack lands in the new half of a block that switches to short transforms; the next
 // block's long transform spans it too and spreads its quantization noise over the samples
 // before it. Both blocks get the plan's attack boost, paid for by the frame's other blocks:
-// more SNR index, or masking curves lower by as many delta steps. Deltas go to the
+// more SNR index for every channel (AC-3's coarse offset is shared), or the masking curves of
+// the channels that hold the attack lower by as many delta steps. Deltas go to the
 // full-bandwidth channels only: decoders disagree on where the coupling channel's segments
 // start counting (band 0 or the coupling range's first band).
 void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
-  bool short_before = f->last_block_short;
   const MaskDelta boosted = UniformMaskDelta(-plan.attack_boost / kBoostPerDeltaStep);
   for (int b = 0; b < kBlocks; ++b) {
-    bool short_now = false;
-    for (int c = 0; c < f->nfch; ++c) short_now |= f->ch[c].blksw[b];
-    f->around_attack[b] = short_now || short_before;
-    const bool boost = f->around_attack[b] && plan.attack_boost > 0;
-    f->snr_boost[b] = boost && !plan.boost_by_delta ? plan.attack_boost : 0;
-    for (int i = 0; i <= kMaxCplChannels; ++i)
-      f->dba[b][i] = boost && plan.boost_by_delta && i < f->nfch ? boosted : MaskDelta();
-    short_before = short_now;
+    f->around_attack[b] = false;
+    for (int c = 0; c < f->nfch; ++c) {
+      const bool short_before = b > 0 ? f->ch[c].blksw[b - 1] : f->last_block_short[c];
+      f->channel_around_attack[c][b] = f->ch[c].blksw[b] || short_before;
+      f->around_attack[b] |= f->channel_around_attack[c][b];
+    }
+    const bool boost = plan.attack_boost > 0;
+    f->snr_boost[b] = boost && !plan.boost_by_delta && f->around_attack[b] ? plan.attack_boost : 0;
+    for (int i = 0; i <= kMaxCplChannels; ++i) {
+      const bool boosted_here = boost && plan.boost_by_delta && i < f->nfch &&
+                                f->channel_around_attack[i][b];
+      f->dba[b][i] = boosted_here ? boosted : MaskDelta();
+    }
   }
-  f->last_block_short = short_before;
+  for (int c = 0; c < f->nfch; ++c) f->last_block_short[c] = f->ch[c].blksw[kBlocks - 1];
 }
 
 // Prepares the spectral extension's coordinates of every extended channel: a new set in block
 // 0, every plan.spx_run blocks, where a channel changes its transform length and where the
-// blocks around an attack begin and end, each to restore the original's energy over the run of
-// blocks it serves, with its noise blend. MatchSpxToDecodedCopies computes the values once the
-// copied mantissas are known. Around an attack the band is not rebuilt: the copies' time
-// aliasing does not cancel against the neighbouring blocks and lands ahead of the attack.
-// Pre-echo over the 92 attacks of six items, median / 90th percentile: E-AC-3 2.0 96k 8.0 /
-// 16.2 dB -> 6.8 / 14.3, 128k 7.0 / 15.0 -> 6.2 / 13.4, for 0.03 and 0.01 of mean PEAQ
-// (applause at 96k 0.1); halving the band there instead gained half as much.
+// blocks around an attack in a channel begin and end, each to restore the original's energy
+// over the run of blocks it serves, with its noise blend. MatchSpxToDecodedCopies computes the
+// values once the copied mantissas are known. Around an attack the band is rebuilt at a
+// quarter of its energy (kSpxAttackEnergy): the copies' time aliasing does not cancel against
+// the neighbouring blocks and lands ahead of the attack.
 void ExtendFrame(const CodingPlan& plan, FrameData* f) {
   for (int b = 0; b < kBlocks; ++b) {
     bool changed = b == 0 || b % plan.spx_run == 0;
-    if (b > 0) changed |= f->around_attack[b] != f->around_attack[b - 1];
-    for (int c = 0; c < f->nfch && b > 0; ++c) changed |= f->ch[c].blksw[b] != f->ch[c].blksw[b - 1];
+    for (int c = 0; c < f->nfch && b > 0; ++c) {
+      changed |= f->ch[c].blksw[b] != f->ch[c].blksw[b - 1];
+      changed |= f->channel_around_attack[c][b] != f->channel_around_attack[c][b - 1];
+    }
     f->spxcoe[b] = changed;
   }
   ForEachSpxRun(*f, [&](int first, int last) {
@@ -412,7 +424,8 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
       const float* coefs[kBlocks];
       for (int b = first; b < last; ++b) coefs[b - first] = f->ch[c].coef[b];
       SpxBandEnergies(coefs, last - first, f->spx, target, nullptr);
-      if (f->around_attack[first]) std::fill(target, target + f->spx.bands, 0.0);
+      if (f->channel_around_attack[c][first])
+        for (int band = 0; band < f->spx.bands; ++band) target[band] *= kSpxAttackEnergy;
       bool transient = false;
       for (int b = first; b < last; ++b) transient |= f->ch[c].blksw[b];
       f->spx_coords[first][c].blend =
@@ -438,14 +451,21 @@ double ExtendedRangeFlatness(const FrameData& f, int c) {
 // Which channels the extension rebuilds in this frame. A channel whose upper band holds a few
 // stable partials keeps its own mantissas up to its bandwidth instead: copied from below, its
 // partials would land on the wrong frequencies. Coupled channels all take part, their coupling
-// range ending where the extension begins, so when one of them is tonal there the whole frame
-// goes without the extension (its coupling range then reaching its own end): at E-AC-3 2.0
-// 128k the glockenspiel grades -0.53 instead of -1.98 (PEAQ basic), nothing else moving by
-// more than 0.05.
-void ChooseExtendedChannels(FrameData* f) {
+// range ending where the extension begins. Where the coupling range alone would cover most of
+// the extended range (`yield_to_coupling`), a frame with a tonal coupled channel goes without
+// the extension: at E-AC-3 2.0 128k the glockenspiel grades -0.53 instead of -1.98 (PEAQ
+// basic), nothing else moving by more than 0.05. Elsewhere (5.1 at 192k, whose coupling alone
+// ends at 9 kHz) such a frame would lose its upper band: the film mix graded -3.44 against
+// -2.59.
+void ChooseExtendedChannels(bool yield_to_coupling, FrameData* f) {
   bool any = false;
   for (int c = 0; c < f->nfch; ++c) {
     const bool tonal = ExtendedRangeFlatness(*f, c) < kSpxTonalFlatness;
+    if (f->cplinu && !yield_to_coupling) {
+      f->chinspx[c] = true;
+      any = true;
+      continue;
+    }
     if (f->cplinu && tonal) {
       std::fill(f->chinspx, f->chinspx + kMaxCplChannels, false);
       f->spxinu = false;
@@ -512,7 +532,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     }
   }
   if (f->spxinu) {
-    ChooseExtendedChannels(f);
+    ChooseExtendedChannels(plan.spx_yields_to_coupling, f);
     if (!f->spxinu && f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);
   }
   auto uncoupled_end = [&](int c) {

@@ -67,12 +67,14 @@ struct FrameData {
   int csnroffst = 15;
   int fsnroffst[kMaxChannels + 1] = {};  // fine offset of each channel (LFE, then coupling)
   int snr_index = 0;  // csnroffst * 16 + fsnroffst of the previous frame, 0 before the first
-  // Blocks whose transform spans an attack, see MarkAttackBlocks.
+  // Blocks whose transform spans an attack in any full-bandwidth channel, and in each, see
+  // MarkAttackBlocks.
   bool around_attack[kBlocks] = {};
+  bool channel_around_attack[kMaxCplChannels][kBlocks] = {};
   // Extra SNR index of each block over the frame's (whole coarse steps of 3 dB): blocks
   // around an attack get finer quantization where the stream can say so.
   int snr_boost[kBlocks] = {};
-  bool last_block_short = false;  // any channel's block 5 of the previous frame was short
+  bool last_block_short[kMaxCplChannels] = {};  // each channel's block 5 of the previous frame
   // Delta bit allocation of each block: the full-bandwidth channels', then the coupling
   // channel's at index nfch (the LFE has none); and those in effect after the previous frame,
   // which the next frame's block 0 starts from (see WriteDeltaAllocation).
@@ -131,6 +133,9 @@ struct CodingPlan {
   SpxLayout spx_layout;
   int spx_blend = 0;
   int spx_run = kBlocks;
+  // Coupled frames whose upper band is tonal go without the extension, their coupling range
+  // reaching cplendf_alone (see ChooseExtendedChannels).
+  bool spx_yields_to_coupling = false;
   // SNR index added to the blocks around an attack (a multiple of 32: 6 dB steps), through
   // the SNR offsets, or for E-AC-3, whose offsets stay the same across the frame, through
   // delta bit allocation.
