@@ -17,6 +17,10 @@ struct BitAllocParams {
   int sgaincod = 1;
   int dbpbcod = 2;
   int floorcod = 7;
+
+  bool IsDefault() const {
+    return sdcycod == 2 && fdcycod == 1 && sgaincod == 1 && dbpbcod == 2 && floorcod == 7;
+  }
 };
 
 // Everything of one channel's allocation that does not depend on the SNR offset.

@@ -188,6 +188,12 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   // to strong components and push the offset search down, which starves the quieter bands
   // (PEAQ on drums at AC-3 2.0 128k: fgaincod 4 grades 0.27 above 7).
   plan.fgaincod = 4;
+  // dB per bit 0xb00 (dbpbcod 3) instead of the usual 0x900: quiet bands' masking rises a
+  // little more, which moves bits to the louder ones. PEAQ, ours minus FFmpeg, basic /
+  // advanced: AC-3 2.0 128k +0.07 / -0.00 -> +0.11 / +0.04, 192k -0.01 / -0.01 -> +0.01 /
+  // +0.08, 5.1 448k advanced +0.28 -> +0.36, 384k +0.17 / +0.22 -> +0.20 / +0.30; 0x1300
+  // lost more than 1.
+  plan.dbpbcod = 3;
   plan.frame_bits = kbps * 32;
   plan.attack_boost = kAttackBoost;
   plan.boost_by_delta = extension;
@@ -514,6 +520,7 @@ void FrameData::CarryDeltaAllocation() {
 void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
                   const CodingPlan& plan, FrameData* f) {
   f->fgaincod = plan.fgaincod;
+  f->ba.dbpbcod = plan.dbpbcod;
   f->cplfit = plan.cplfit;
   f->cplinu = plan.coupling && f->acmod >= 2 &&
               MakeCouplingLayout(plan.cplbegf, plan.cplendf, &f->cpl);

@@ -118,6 +118,7 @@ struct CodingPlan {
   int coarsen = 0;           // exponent grouping bias, see ChooseStrategies
   float reuse_threshold = 1; // mean exponent change that forces a new set
   int fgaincod = 4;          // fast gain code of every channel
+  int dbpbcod = 2;           // dB per bit code of the masking model
   int frame_bits = 0;        // size of a frame
   bool coupling = false;     // couple the full-bandwidth channels (acmod 2..7)
   int cplbegf = 0;           // coupling range, see CouplingLayout

@@ -21,7 +21,7 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
   bw->Put(0, 1);  // transproce
   bw->Put(1, 1);  // blkswe
   bw->Put(1, 1);  // dithflage
-  bw->Put(0, 1);  // bamode: default bit allocation parameters
+  bw->Put(!f.ba.IsDefault(), 1);  // bamode: else the default bit allocation parameters
   bw->Put(f.fgaincod != 4, 1);  // frmfgaincode: fast gain codes in every block, else all 4
   bw->Put(f.UsesDeltaAllocation(), 1);  // dbaflde
   bw->Put(0, 1);  // skipflde
@@ -118,6 +118,16 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
       bw->Put(f.ch[c].chbwcod, 6);
   if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
+  if (!f.ba.IsDefault()) {
+    bw->Put(blk == 0, 1);  // baie: the parameters are sent in block 0 and kept
+    if (blk == 0) {
+      bw->Put(f.ba.sdcycod, 2);
+      bw->Put(f.ba.fdcycod, 2);
+      bw->Put(f.ba.sgaincod, 2);
+      bw->Put(f.ba.dbpbcod, 2);
+      bw->Put(f.ba.floorcod, 3);
+    }
+  }
   if (f.fgaincod != 4) {
     bw->Put(1, 1);  // fgaincode: one code per channel follows
     if (f.cplinu) bw->Put(f.fgaincod, 3);  // cplfgaincod
