@@ -842,6 +842,14 @@ void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block) {
   if (!ch.lfe) bw->Put(0, 2);  // gainrng
 }
 
+void WriteBitAllocParams(BitWriter* bw, const BitAllocParams& ba) {
+  bw->Put(ba.sdcycod, 2);
+  bw->Put(ba.fdcycod, 2);
+  bw->Put(ba.sgaincod, 2);
+  bw->Put(ba.dbpbcod, 2);
+  bw->Put(ba.floorcod, 3);
+}
+
 void WriteCouplingCoords(BitWriter* bw, const FrameData& f, int block, bool explicit_cplcoe) {
   for (int c = 0; c < f.nfch; ++c) {
     if (!f.chincpl[c]) continue;

@@ -167,6 +167,8 @@ void MatchSpxToDecodedCopies(FrameData* frame);
 
 // Shared pieces of the block syntax.
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);
+// sdcycod, fdcycod, sgaincod, dbpbcod and floorcod.
+void WriteBitAllocParams(BitWriter* bw, const BitAllocParams& ba);
 // Coupling coordinates of the block (cplcoe bits only where `explicit_cplcoe`), then cplexps
 // are written by WriteCouplingExponents.
 void WriteCouplingCoords(BitWriter* bw, const FrameData& frame, int block, bool explicit_cplcoe);

@@ -51,13 +51,7 @@ bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   if (f.cplinu) WriteCouplingExponents(bw, f, blk);
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
   bw->Put(blk == 0, 1);  // baie
-  if (blk == 0) {
-    bw->Put(f.ba.sdcycod, 2);
-    bw->Put(f.ba.fdcycod, 2);
-    bw->Put(f.ba.sgaincod, 2);
-    bw->Put(f.ba.dbpbcod, 2);
-    bw->Put(f.ba.floorcod, 3);
-  }
+  if (blk == 0) WriteBitAllocParams(bw, f.ba);
   const bool new_offsets = f.NewSnrOffsets(blk);
   bw->Put(new_offsets, 1);  // snroffste
   if (new_offsets) {

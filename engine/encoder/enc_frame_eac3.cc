@@ -120,13 +120,7 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
   for (int c = 0; c < f.channels; ++c) WriteExponents(bw, f.ch[c], blk);
   if (!f.ba.IsDefault()) {
     bw->Put(blk == 0, 1);  // baie: the parameters are sent in block 0 and kept
-    if (blk == 0) {
-      bw->Put(f.ba.sdcycod, 2);
-      bw->Put(f.ba.fdcycod, 2);
-      bw->Put(f.ba.sgaincod, 2);
-      bw->Put(f.ba.dbpbcod, 2);
-      bw->Put(f.ba.floorcod, 3);
-    }
+    if (blk == 0) WriteBitAllocParams(bw, f.ba);
   }
   if (f.fgaincod != 4) {
     bw->Put(1, 1);  // fgaincode: one code per channel follows
