@@ -1,6 +1,7 @@
 #include "enc_delta_allocation.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace ddpi::enc {
 namespace {
@@ -34,11 +35,12 @@ void WriteSegments(BitWriter* bw, const DeltaSegments& s) {
 }  // namespace
 
 bool MaskDelta::Any() const {
-  return std::any_of(step, step + ac3::kBands, [](int8_t s) { return s != 0; });
+  static const MaskDelta kNone;
+  return std::memcmp(step, kNone.step, sizeof step) != 0;
 }
 
 bool MaskDelta::operator==(const MaskDelta& other) const {
-  return std::equal(step, step + ac3::kBands, other.step);
+  return std::memcmp(step, other.step, sizeof step) == 0;
 }
 
 MaskDelta UniformMaskDelta(int step) {

@@ -405,6 +405,11 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
     }
   }
   for (int c = 0; c < f->nfch; ++c) f->last_block_short[c] = f->ch[c].blksw[kBlocks - 1];
+  f->uses_delta_allocation = false;
+  for (int i = 0; i <= f->nfch; ++i) {
+    f->uses_delta_allocation |= f->dba_carried[i].Any();
+    for (int b = 0; b < kBlocks; ++b) f->uses_delta_allocation |= f->dba[b][i].Any();
+  }
 }
 
 // Prepares the spectral extension's coordinates of every extended channel: a new set in block
@@ -466,12 +471,12 @@ double ExtendedRangeFlatness(const FrameData& f, int c) {
 void ChooseExtendedChannels(bool yield_to_coupling, FrameData* f) {
   bool any = false;
   for (int c = 0; c < f->nfch; ++c) {
-    const bool tonal = ExtendedRangeFlatness(*f, c) < kSpxTonalFlatness;
     if (f->cplinu && !yield_to_coupling) {
       f->chinspx[c] = true;
       any = true;
       continue;
     }
+    const bool tonal = ExtendedRangeFlatness(*f, c) < kSpxTonalFlatness;
     if (f->cplinu && tonal) {
       std::fill(f->chinspx, f->chinspx + kMaxCplChannels, false);
       f->spxinu = false;
@@ -501,15 +506,6 @@ bool SameMaskingInputs(const FrameData& f, int c, int b) {
 }
 
 }  // namespace
-
-bool FrameData::UsesDeltaAllocation() const {
-  for (int i = 0; i <= nfch; ++i) {
-    if (dba_carried[i].Any()) return true;
-    for (int b = 0; b < kBlocks; ++b)
-      if (dba[b][i].Any()) return true;
-  }
-  return false;
-}
 
 void FrameData::CarryDeltaAllocation() {
   for (int c = 0; c < nfch; ++c) dba_carried[c] = dba[kBlocks - 1][c];

@@ -93,8 +93,9 @@ struct FrameData {
     if (c == channels) return &dba[b][nfch];
     return c < nfch ? &dba[b][c] : nullptr;
   }
-  // Whether the frame says anything of delta bit allocation (E-AC-3's dbaflde).
-  bool UsesDeltaAllocation() const;
+  // Whether the frame says anything of delta bit allocation (E-AC-3's dbaflde), set with the
+  // deltas by AnalyzeFrame.
+  bool uses_delta_allocation = false;
   // Remembers the deltas in effect at the end of a frame that was written.
   void CarryDeltaAllocation();
   // Channels that take part in the bit allocation: the coded ones and the coupling channel.

@@ -23,7 +23,7 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
   bw->Put(1, 1);  // dithflage
   bw->Put(!f.ba.IsDefault(), 1);  // bamode: else the default bit allocation parameters
   bw->Put(f.fgaincod != 4, 1);  // frmfgaincode: fast gain codes in every block, else all 4
-  bw->Put(f.UsesDeltaAllocation(), 1);  // dbaflde
+  bw->Put(f.uses_delta_allocation, 1);  // dbaflde
   bw->Put(0, 1);  // skipflde
   bw->Put(0, 1);  // spxattene
   if (f.acmod > 1) {
@@ -136,7 +136,7 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
       bw->Put(f.cplsleak, 3);
     }
   }
-  if (f.UsesDeltaAllocation() &&
+  if (f.uses_delta_allocation &&
       !WriteDeltaAllocation(bw, f.dba[blk], dba_state, nfch, f.cplinu, blk == 0))
     return false;
   // skipflde is 0: no skip fields.
