@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include <boost/make_shared.hpp>
-#include <boost/thread/once.hpp>
+#include "once_record.h"
 
 #include "decoder/channel_map_layout.h"
 #include "decoder/decoder_session.h"
@@ -24,7 +24,7 @@ using Session = DecoderSession;
 constexpr int kGeneric = DDPI_UDC_ERR_GENERIC;
 constexpr float kSampleScale = 1.0f / 2147483648.0f;
 
-boost::once_flag decoderStaticsOnce = BOOST_ONCE_INIT;
+OnceRecord decoderStaticsOnce;
 ddpi_udc_query_op decoderQuery;
 
 void QueryDecoderOnce() {
@@ -169,7 +169,7 @@ int Probe(Session& s) {
 
 DecoderSession::DecoderSession()
     : channelLayout(dolbydigital::GetAudioChannelLayout(kAudioChannelConfiguration_21, true)) {
-  boost::call_once(decoderStaticsOnce, &QueryDecoderOnce);
+  BuildOnce(decoderStaticsOnce, QueryDecoderOnce);
   samplesToSkip = decoderQuery.decoder_delay;
 }
 

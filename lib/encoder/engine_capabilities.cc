@@ -1,6 +1,6 @@
 #include "encoder/engine_capabilities.h"
 
-#include <boost/thread/once.hpp>
+#include "once_record.h"
 
 #include "capability_table.h"
 #include "moduledepot/codec_module_loader.h"
@@ -9,7 +9,7 @@ namespace dolbydigital {
 namespace {
 
 ddpi_enc_query_op_s capabilities;
-boost::once_flag capabilitiesOnce = BOOST_ONCE_INIT;
+OnceRecord capabilitiesOnce;
 
 void QueryCapabilities() {
   if (ModuleDepot::CodecModuleLoader::IsLoaded()) {
@@ -22,7 +22,7 @@ void QueryCapabilities() {
 }  // namespace
 
 const ddpi_enc_query_op_s& EngineCapabilities() {
-  boost::call_once(capabilitiesOnce, QueryCapabilities);
+  BuildOnce(capabilitiesOnce, QueryCapabilities);
   return capabilities;
 }
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include <boost/thread/once.hpp>
+#include "once_record.h"
 
 #include "parameters/checked_lookup.h"
 #include "parameters/constraint_rules.h"
@@ -27,7 +27,7 @@ DependentsIndex IndexDependents(const ConstraintEntries& entries) {
 }
 
 std::unique_ptr<const ConstraintTable> theTable;
-boost::once_flag tableOnce = BOOST_ONCE_INIT;
+OnceRecord tableOnce;
 
 void BuildTable() {
   std::unique_ptr<ConstraintTable> table(new ConstraintTable());
@@ -37,7 +37,7 @@ void BuildTable() {
 }
 
 const ConstraintTable& Table() {
-  boost::call_once(tableOnce, BuildTable);
+  BuildOnce(tableOnce, BuildTable);
   return *theTable;
 }
 
