@@ -390,8 +390,9 @@ void ForEachSpxRun(const FrameData& f, Run run) {
 // before it. Both blocks get the plan's attack boost, paid for by the frame's other blocks:
 // more SNR index for every channel (AC-3's coarse offset is shared), or the masking curves of
 // the channels that hold the attack lower by as many delta steps. Deltas go to the
-// full-bandwidth channels only: decoders disagree on where the coupling channel's segments
-// start counting (band 0 or the coupling range's first band).
+// full-bandwidth channels only: FFmpeg's decoder counts the coupling channel's segments from
+// the coupling range's first band, and segments counted from band 0 fail there, so until the
+// counting is settled the coupling channel's curve is left alone.
 void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
   const MaskDelta boosted = UniformMaskDelta(-plan.attack_boost / kBoostPerDeltaStep);
   for (int b = 0; b < kBlocks; ++b) {
