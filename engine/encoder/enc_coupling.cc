@@ -19,7 +19,7 @@ bool MakeCouplingLayout(int begf, int endf, CouplingLayout* l) {
   l->begf = begf;
   l->endf = endf;
   l->start = 37 + 12 * begf;
-  l->end = 37 + 12 * (endf + 3);
+  l->end = CouplingEndMant(endf);
   l->subbands = endf + 3 - begf;
   l->bands = 0;
   for (int k = 0; k < l->subbands; ++k) {

@@ -28,6 +28,9 @@ struct CouplingLayout {
   int band_edge[kMaxCplSubbands + 1] = {};  // first bin of each band, then `end`
 };
 
+// cplendmant: the bin where a coupling range ending with code endf stops.
+constexpr int CouplingEndMant(int endf) { return 37 + 12 * (endf + 3); }
+
 // Fills a layout for sub-bands [begf, endf + 3): bands of 12 bins below bin 133, of 24 above.
 // Returns false if the range is empty or out of the syntax's bounds.
 bool MakeCouplingLayout(int begf, int endf, CouplingLayout* layout);

@@ -98,7 +98,6 @@ bool WriteDeltaAllocation(BitWriter* bw, const MaskDelta* now, MaskDelta* before
       if (!MakeDeltaSegments(now[i], &segments[i])) return false;
     }
   }
-  if (bw == nullptr) return true;
   bw->Put(any_sent, 1);  // deltbaie
   if (!any_sent) return true;
   const int cpl = nfch;  // the coupling channel comes first in the syntax

@@ -47,8 +47,7 @@ bool MakeDeltaSegments(const MaskDelta& delta, DeltaSegments* out);
 // not change reuses it, and one without a delta says so. In `first_block` every channel says
 // its delta outright if any channel has or had one, since decoders do not agree on whether
 // state crosses frames.
-// Returns false, writing nothing, when the syntax cannot carry a delta; with bw == nullptr
-// only checks.
+// Returns false, writing nothing, when the syntax cannot carry a delta.
 bool WriteDeltaAllocation(BitWriter* bw, const MaskDelta* now, MaskDelta* before, int nfch,
                           bool coupling, bool first_block);
 

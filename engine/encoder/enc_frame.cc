@@ -209,15 +209,13 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
     // The coupling range then ends where the extension begins.
     plan.cplendf = (plan.spx_layout.begin - 37) / 12 - 3;
     plan.coupling = plan.cplbegf < plan.cplendf + 3;
-    const int alone_end = 37 + 12 * (plan.cplendf_alone + 3);
-    plan.spx_yields_to_coupling = alone_end >= plan.spx_layout.end * 3 / 4;
+    plan.spx_yields_to_coupling = CouplingEndMant(plan.cplendf_alone) >= plan.spx_layout.end * 3 / 4;
   } else if (plan.coupling) {
     // Channels end where the coupling range ends in frames that leave coupling too, so the
     // bandwidth does not change from frame to frame. At AC-3 2.0 192k, coding such frames up
     // to the rate's own bandwidth (19.5 kHz) graded the same (PEAQ mean of 14 items within
     // 0.01) but cost their attacks: worst pre-echo 11.2 dB over FFmpeg's against 5.3.
-    const int coupling_end = 37 + 12 * (plan.cplendf + 3);
-    plan.chbwcod = std::min(plan.chbwcod, (coupling_end - 73) / 3);
+    plan.chbwcod = std::min(plan.chbwcod, (CouplingEndMant(plan.cplendf) - 73) / 3);
   }
   return plan;
 }

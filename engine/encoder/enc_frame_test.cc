@@ -191,7 +191,7 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
 
 // The blocks around an attack get coordinates of their own that rebuild a quarter of the
 // original's upper band; the others restore all of it.
-TEST(Frame, SpectralExtensionRebuildsNothingAroundAnAttack) {
+TEST(Frame, SpectralExtensionRebuildsAQuarterAroundAnAttack) {
   auto f = std::make_unique<FrameData>();
   f->acmod = 1;
   f->nfch = f->channels = 1;

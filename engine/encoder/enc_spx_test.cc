@@ -102,7 +102,7 @@ TEST(SpectralExtension, PlannedOnlyForExtendedStreamsAtLowRates) {
   // With coupling as well, the coupling range ends where the extension begins.
   const CodingPlan p = PlanForRate(192, 7, true, true);
   ASSERT_TRUE(p.coupling);
-  EXPECT_EQ(37 + 12 * (p.cplendf + 3), p.spx_layout.begin);
+  EXPECT_EQ(CouplingEndMant(p.cplendf), p.spx_layout.begin);
 }
 
 }  // namespace
