@@ -99,52 +99,39 @@ int MantissaCounter::PackedBits(uint64_t packed) {
   return counter.Bits();
 }
 
-void MantissaPacker::Begin() {
-  std::fill(filled_, filled_ + 3, 0);
-  std::fill(groups_, groups_ + 3, 0);
-}
+void MantissaPacker::Begin() { std::fill(open_, open_ + 3, OpenGroup{}); }
 
-void MantissaPacker::Push(int kind, int code) {
-  if (filled_[kind] == 0) codes_[kind][groups_[kind]++] = 0;
-  uint16_t& group = codes_[kind][groups_[kind] - 1];
-  group = static_cast<uint16_t>(group * kGroupRadix[kind] + code);
-  if (++filled_[kind] == kGroupSize[kind]) filled_[kind] = 0;
-}
-
-void MantissaPacker::Add(int bap, int code) {
-  const int kind = KindOf(bap);
-  if (kind >= 0) Push(kind, code);
-}
-
-void MantissaPacker::StartWriting() {
-  // Complete the open groups with the zero level (the middle one of each quantiser).
-  for (int kind = 0; kind < 3; ++kind)
-    while (filled_[kind] != 0) Push(kind, kGroupRadix[kind] / 2);
-  std::fill(cursor_, cursor_ + 3, 0);
+void MantissaPacker::AddToGroup(BitWriter* bw, int kind, int code) {
+  OpenGroup& group = open_[kind];
+  if (group.members == 0) {
+    group.position = bw->position();
+    bw->Put(0, kGroupBits[kind]);
+  }
+  group.code = group.code * kGroupRadix[kind] + code;
+  if (++group.members == kGroupSize[kind]) {
+    bw->OrAt(group.position, static_cast<uint32_t>(group.code), kGroupBits[kind]);
+    group = OpenGroup{};
+  }
 }
 
 void MantissaPacker::Write(BitWriter* bw, int bap, int code) {
-  if (bap == 0) return;
-  const int kind = KindOf(bap);
-  if (kind < 0) {
-    const int bits = ac3::kMantissaBits[bap];
-    bw->Put(static_cast<uint32_t>(code) & ((1u << bits) - 1), bits);
-    return;
+  const int plain = kPlainBits[bap];
+  if (plain != 0) {
+    bw->Put(static_cast<uint32_t>(code) & ((1u << plain) - 1), plain);
+  } else if (bap != 0) {
+    AddToGroup(bw, KindOf(bap), code);
   }
-  if (cursor_[kind] % kGroupSize[kind] == 0)
-    bw->Put(codes_[kind][cursor_[kind] / kGroupSize[kind]], kGroupBits[kind]);
-  ++cursor_[kind];
-}
-
-void MantissaPacker::AddChannel(const uint8_t* bap, const int16_t* code, int end) {
-  for (int i = 0; i < end; ++i)
-    if (bap[i] != 0) Add(bap[i], code[i]);
 }
 
 void MantissaPacker::WriteChannel(BitWriter* bw, const uint8_t* bap, const int16_t* code,
                                   int end) {
-  for (int i = 0; i < end; ++i)
-    if (bap[i] != 0) Write(bw, bap[i], code[i]);
+  for (int i = 0; i < end; ++i) Write(bw, bap[i], code[i]);
+}
+
+void MantissaPacker::Finish(BitWriter* bw) {
+  // The zero level is the middle one of each quantiser.
+  for (int kind = 0; kind < 3; ++kind)
+    while (open_[kind].members != 0) AddToGroup(bw, kind, kGroupRadix[kind] / 2);
 }
 
 }  // namespace ddpi::enc

@@ -5,6 +5,7 @@
 #ifndef DDPI_ENGINE_ENCODER_ENC_MANTISSAS_H
 #define DDPI_ENGINE_ENCODER_ENC_MANTISSAS_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "bit_writer.h"
@@ -35,33 +36,27 @@ struct MantissaCounter {
 };
 
 // Writes the mantissas of one audio block channel by channel, forming the groups of bap 1, 2
-// and 4 across channels: a group's code goes out where its first member sits, and groups left
-// incomplete at the end of the block are filled with the zero level.
+// and 4 across channels: a group's code goes out where its first member sits. One pass: the
+// first member reserves the group's bits, and the code is filled in once the group is complete
+// (Finish completes groups left open at the end of the block with the zero level).
 class MantissaPacker {
  public:
-  // First pass: register every mantissa of the block in stream order.
+  // Starts an audio block: no group open.
   void Begin();
-  void Add(int bap, int code);
-  // Second pass: write them in the same order.
-  void StartWriting();
   void Write(BitWriter* bw, int bap, int code);
-  // Add and Write over one channel's bins [0, end).
-  void AddChannel(const uint8_t* bap, const int16_t* code, int end);
+  // Write over one channel's bins [0, end).
   void WriteChannel(BitWriter* bw, const uint8_t* bap, const int16_t* code, int end);
+  void Finish(BitWriter* bw);
 
  private:
-  static constexpr int kMaxGroups = 6 * 256 / 2 + 2;
-  struct Group {
-    int size = 0;
-    int code = 0;
+  struct OpenGroup {
+    size_t position = 0;  // bit position of the reserved code
+    int code = 0;         // levels so far, most significant first
+    int members = 0;      // 0: no group open
   };
-  void Push(int kind, int code);
+  void AddToGroup(BitWriter* bw, int kind, int code);
 
-  // Per grouped bap (1, 2, 4 -> 0, 1, 2): codes of the groups in order.
-  uint16_t codes_[3][kMaxGroups];
-  int filled_[3];   // members in the current group
-  int groups_[3];   // groups started
-  int cursor_[3];   // writing: mantissas of this kind written so far
+  OpenGroup open_[3];  // per grouped bap (1, 2, 4 -> 0, 1, 2)
 };
 
 }  // namespace ddpi::enc

@@ -46,13 +46,12 @@ TEST(Mantissas, GroupedPackingMatchesTheCount) {
     for (int i = 0; i < n; ++i) {
       bap[i] = static_cast<uint8_t>(bap_dist(rng));
       code[i] = QuantizeMantissa(0.3f, 0, bap[i]);
-      packer.Add(bap[i], code[i]);
     }
     counter.Add(bap, 0, n);
     uint8_t buf[2048];
     BitWriter bw(buf, sizeof buf);
-    packer.StartWriting();
     for (int i = 0; i < n; ++i) packer.Write(&bw, bap[i], code[i]);
+    packer.Finish(&bw);
     EXPECT_EQ(static_cast<int>(bw.position()), counter.Bits());
   }
 }
@@ -61,20 +60,24 @@ TEST(Mantissas, GroupCodesCombineLevels) {
   // Three bap-1 levels (2, 0, 1) make 9*2 + 3*0 + 1 = 19 in five bits at the first one's place.
   MantissaPacker packer;
   packer.Begin();
-  packer.Add(1, 2);
-  packer.Add(6, 5);  // an ungrouped 5-bit mantissa in between
-  packer.Add(1, 0);
-  packer.Add(1, 1);
-  packer.StartWriting();
-  uint8_t buf[4] = {};
+  uint8_t buf[4] = {0xff, 0xff, 0xff, 0xff};  // the writer must not depend on a cleared buffer
   BitWriter bw(buf, sizeof buf);
   packer.Write(&bw, 1, 2);
-  packer.Write(&bw, 6, 5);
+  packer.Write(&bw, 6, 5);  // an ungrouped 5-bit mantissa in between
   packer.Write(&bw, 1, 0);
   packer.Write(&bw, 1, 1);
+  packer.Finish(&bw);
   EXPECT_EQ(bw.position(), 10u);
   EXPECT_EQ(buf[0] >> 3, 19);
   EXPECT_EQ(((buf[0] & 7) << 2) | (buf[1] >> 6), 5);
+
+  // A bap-4 group left open at the end of the block is completed with the zero level (5 of
+  // 11): 11*3 + 5 = 38 in seven bits, straddling bytes 1 and 2.
+  packer.Begin();
+  packer.Write(&bw, 4, 3);
+  packer.Finish(&bw);
+  EXPECT_EQ(bw.position(), 17u);
+  EXPECT_EQ(((buf[1] & 0x3f) << 1) | (buf[2] >> 7), 38);
 }
 
 }  // namespace
