@@ -8,7 +8,7 @@ namespace {
 constexpr int kN = kConvolutionFftSize;
 
 // Twiddles of the stage joining halves of h points start at index h: exp(-i pi j / h), so
-// that each stage reads them contiguously.
+// that each stage reads them contiguously. They do not depend on the transform's size.
 struct Twiddles {
   float re[kN], im[kN];
   Twiddles() {
@@ -29,12 +29,12 @@ const Twiddles& TheTwiddles() {
 
 }  // namespace
 
-void FftForwardToBitReversed(float* re, float* im) {
+void FftForwardToBitReversed(float* re, float* im, int size) {
   const Twiddles& tw = TheTwiddles();
-  for (int h = kN / 2; h >= 4; h >>= 1) {
+  for (int h = size / 2; h >= 4; h >>= 1) {
     const float* __restrict wr = tw.re + h;
     const float* __restrict wi = tw.im + h;
-    for (int start = 0; start < kN; start += 2 * h) {
+    for (int start = 0; start < size; start += 2 * h) {
       float* __restrict ar = re + start;
       float* __restrict ai = im + start;
       float* __restrict br = re + start + h;
@@ -49,7 +49,7 @@ void FftForwardToBitReversed(float* re, float* im) {
     }
   }
   // The last two stages together: their twiddles are 1 and -i, no multiplications.
-  for (int s = 0; s < kN; s += 4) {
+  for (int s = 0; s < size; s += 4) {
     const float a0r = re[s] + re[s + 2], a0i = im[s] + im[s + 2];
     const float a2r = re[s] - re[s + 2], a2i = im[s] - im[s + 2];
     const float a1r = re[s + 1] + re[s + 3], a1i = im[s + 1] + im[s + 3];
@@ -62,10 +62,10 @@ void FftForwardToBitReversed(float* re, float* im) {
   }
 }
 
-void FftInverseFromBitReversed(float* re, float* im) {
+void FftInverseFromBitReversed(float* re, float* im, int size) {
   const Twiddles& tw = TheTwiddles();
   // The first two stages together: their conjugate twiddles are 1 and +i.
-  for (int s = 0; s < kN; s += 4) {
+  for (int s = 0; s < size; s += 4) {
     const float b0r = re[s] + re[s + 1], b0i = im[s] + im[s + 1];
     const float b1r = re[s] - re[s + 1], b1i = im[s] - im[s + 1];
     const float b2r = re[s + 2] + re[s + 3], b2i = im[s + 2] + im[s + 3];
@@ -76,10 +76,10 @@ void FftInverseFromBitReversed(float* re, float* im) {
     re[s + 1] = b1r + t1r, im[s + 1] = b1i + t1i;
     re[s + 3] = b1r - t1r, im[s + 3] = b1i - t1i;
   }
-  for (int h = 4; h < kN; h <<= 1) {
+  for (int h = 4; h < size; h <<= 1) {
     const float* __restrict wr = tw.re + h;
     const float* __restrict wi = tw.im + h;
-    for (int start = 0; start < kN; start += 2 * h) {
+    for (int start = 0; start < size; start += 2 * h) {
       float* __restrict ar = re + start;
       float* __restrict ai = im + start;
       float* __restrict br = re + start + h;

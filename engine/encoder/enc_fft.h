@@ -1,4 +1,4 @@
-// Complex FFT of 4096 points over split real and imaginary arrays, for fast convolution. The
+// Complex FFT of up to 4096 points over split real and imaginary arrays, for fast convolution. The
 // forward transform takes natural order and leaves bit-reversed order (decimation in
 // frequency); the inverse takes bit-reversed order and gives natural order (decimation in
 // time). A pointwise product of two forward transforms therefore needs no reordering.
@@ -7,12 +7,13 @@
 
 namespace ddpi::enc {
 
+// The largest size; `size` below is a power of two from 8 up to it.
 constexpr int kConvolutionFftSize = 4096;
 
-// X[k] = sum_n x[n] exp(-2 pi i n k / N), left at index bitreverse(k).
-void FftForwardToBitReversed(float* re, float* im);
+// X[k] = sum_n x[n] exp(-2 pi i n k / N), left at index bitreverse(k), N = size.
+void FftForwardToBitReversed(float* re, float* im, int size);
 // x[n] = sum_k X[k] exp(+2 pi i n k / N) from X[k] at index bitreverse(k); unscaled (N x).
-void FftInverseFromBitReversed(float* re, float* im);
+void FftInverseFromBitReversed(float* re, float* im, int size);
 
 }  // namespace ddpi::enc
 

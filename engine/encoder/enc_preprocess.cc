@@ -148,18 +148,19 @@ void Preprocessor::DesignLfeLowpass() {
   for (int m = 0; m <= kDelaySamples; ++m) lfe_taps_[m] = static_cast<float>(taps[m] / sum);
   for (int k = 0; k < kHilbertTaps; ++k)
     fft_re_[k] = lfe_taps_[k < kDelaySamples ? kDelaySamples - k : k - kDelaySamples];
-  TransformTaps(fft_re_, lfe_re_, lfe_im_);
+  TransformTaps(fft_re_, kLfeFftSize, lfe_re_, lfe_im_);
 }
 
-void Preprocessor::TransformTaps(const float* taps, float* spectrum_re, float* spectrum_im) {
+void Preprocessor::TransformTaps(const float* taps, int size, float* spectrum_re,
+                                 float* spectrum_im) {
   float re[kConvolutionFftSize] = {};
   float im[kConvolutionFftSize] = {};
   std::memcpy(re, taps, sizeof(float) * kHilbertTaps);
-  FftForwardToBitReversed(re, im);
-  constexpr float kScale = 1.0f / kConvolutionFftSize;
-  for (int k = 0; k < kConvolutionFftSize; ++k) {
-    spectrum_re[k] = re[k] * kScale;
-    spectrum_im[k] = -im[k] * kScale;
+  FftForwardToBitReversed(re, im, size);
+  const float scale = 1.0f / static_cast<float>(size);
+  for (int k = 0; k < size; ++k) {
+    spectrum_re[k] = re[k] * scale;
+    spectrum_im[k] = -im[k] * scale;
   }
 }
 
@@ -179,7 +180,7 @@ void Preprocessor::DesignHilbert() {
     fft_re_[kDelaySamples - m] = hilbert_[j];
     fft_re_[kDelaySamples + m] = -hilbert_[j];
   }
-  TransformTaps(fft_re_, hilbert_re_, hilbert_im_);
+  TransformTaps(fft_re_, kConvolutionFftSize, hilbert_re_, hilbert_im_);
 }
 
 void Preprocessor::Process(float* const slots[kSlots], const bool active[kSlots], int n) {
@@ -259,46 +260,50 @@ void Preprocessor::ShiftPairFft(float* left, float* right, int n) {
   KeepHistory(kLeftSurroundSlot, left, n);
   KeepHistory(kRightSurroundSlot, right, n);
 
-  FftForwardToBitReversed(re, im);
+  FftForwardToBitReversed(re, im, kConvolutionFftSize);
   for (int k = 0; k < kConvolutionFftSize; ++k) {
     const float xr = re[k], xi = im[k];
     re[k] = xr * hilbert_re_[k] - xi * hilbert_im_[k];
     im[k] = xr * hilbert_im_[k] + xi * hilbert_re_[k];
   }
-  FftInverseFromBitReversed(re, im);
+  FftInverseFromBitReversed(re, im, kConvolutionFftSize);
   // Outputs 0..n-1 reach at most window index n - 1 + 2 * delay: no circular wrap.
   std::memcpy(left, re, sizeof(float) * n);
   std::memcpy(right, im, sizeof(float) * n);
 }
 
 void Preprocessor::LowpassLfe(float* samples, int n) {
+  std::memcpy(window_, history_[kLfeSlot], sizeof(float) * kHistory);
+  std::memcpy(window_ + kHistory, samples, sizeof(float) * n);
+  std::memcpy(history_[kLfeSlot], window_ + n, sizeof(float) * kHistory);
   if (n >= kFftMinimum) {
+    // Outputs [0, first) read window[0, kHistory + first), outputs [first, n) read
+    // window[first, kHistory + n): each fits the transform without a circular wrap.
+    static_assert(kHistory + (kChunk + 1) / 2 <= kLfeFftSize, "half a run fits one transform");
+    const int first = (n + 1) / 2, second = n - first;
     float* re = fft_re_;
     float* im = fft_im_;
-    std::memcpy(re, history_[kLfeSlot], sizeof(float) * kHistory);
-    std::memcpy(re + kHistory, samples, sizeof(float) * n);
-    std::memset(re + kHistory + n, 0, sizeof(float) * (kConvolutionFftSize - kHistory - n));
-    std::memset(im, 0, sizeof(float) * kConvolutionFftSize);
-    KeepHistory(kLfeSlot, samples, n);
-    FftForwardToBitReversed(re, im);
-    for (int k = 0; k < kConvolutionFftSize; ++k) {
+    std::memcpy(re, window_, sizeof(float) * (kHistory + first));
+    std::memset(re + kHistory + first, 0, sizeof(float) * (kLfeFftSize - kHistory - first));
+    std::memcpy(im, window_ + first, sizeof(float) * (kHistory + second));
+    std::memset(im + kHistory + second, 0, sizeof(float) * (kLfeFftSize - kHistory - second));
+    FftForwardToBitReversed(re, im, kLfeFftSize);
+    for (int k = 0; k < kLfeFftSize; ++k) {
       const float xr = re[k], xi = im[k];
       re[k] = xr * lfe_re_[k] - xi * lfe_im_[k];
       im[k] = xr * lfe_im_[k] + xi * lfe_re_[k];
     }
-    FftInverseFromBitReversed(re, im);
-    std::memcpy(samples, re, sizeof(float) * n);
+    FftInverseFromBitReversed(re, im, kLfeFftSize);
+    std::memcpy(samples, re, sizeof(float) * first);
+    std::memcpy(samples + first, im, sizeof(float) * second);
     return;
   }
-  std::memcpy(window_, history_[kLfeSlot], sizeof(float) * kHistory);
-  std::memcpy(window_ + kHistory, samples, sizeof(float) * n);
   const float* centre = window_ + kDelaySamples;
   for (int i = 0; i < n; ++i) {
     float sum = lfe_taps_[0] * centre[i];
     for (int m = 1; m <= kDelaySamples; ++m) sum += lfe_taps_[m] * (centre[i - m] + centre[i + m]);
     samples[i] = sum;
   }
-  std::memcpy(history_[kLfeSlot], window_ + n, sizeof(float) * kHistory);
 }
 
 // Writes the slot's input delayed by kDelaySamples, or its Hilbert transform centred on that

@@ -70,6 +70,11 @@ class Preprocessor {
   static constexpr double kLfeSincCutoffHz = 140.0;
   static constexpr float kSurroundAttenuation = 0.70794578f;  // -3 dB
 
+  // The LFE low-pass by overlap-save runs on a transform half the size of the phase shift's:
+  // the first half of a run's outputs go in as its real part, the second half as its
+  // imaginary part (the FIR is real, so the two halves never mix).
+  static constexpr int kLfeFftSize = kConvolutionFftSize / 2;
+
   // Runs at least this long shift the surround pair by fast convolution (ShiftPairFft); shorter
   // ones, and a slot whose partner is inactive, take the direct FIR (DelayOrShift). Both give
   // the same output to float rounding.
@@ -102,16 +107,17 @@ class Preprocessor {
   static void DesignDcLowpass(Biquad* section);
   void DesignLfeLowpass();
   // Spectrum of a kHilbertTaps-long FIR (taps[k] weighs input[i + k - kDelaySamples] in output
-  // i) laid out for the correlation of ShiftPairFft: conjugated, bit-reversed, scaled by 1/N.
-  void TransformTaps(const float* taps, float* spectrum_re, float* spectrum_im);
+  // i) laid out for the correlation of overlap-save: conjugated, bit-reversed, scaled by 1/N
+  // (N = size).
+  static void TransformTaps(const float* taps, int size, float* spectrum_re, float* spectrum_im);
 
   PreprocessSettings settings_;
   Biquad dc_filter_[kSlots];
   // LFE low-pass taps from the centre outwards (lfe_taps_[m] at offsets -m and +m) and its
   // spectrum for overlap-save.
   float lfe_taps_[kDelaySamples + 1];
-  float lfe_re_[kConvolutionFftSize];
-  float lfe_im_[kConvolutionFftSize];
+  float lfe_re_[kLfeFftSize];
+  float lfe_im_[kLfeFftSize];
   // Hilbert taps for odd offsets 1, 3, 5, ... from the centre (the even ones are zero).
   float hilbert_[kHalfTaps];
   // Conjugate spectrum of the FIR laid out for correlation with the window (history then

@@ -187,31 +187,37 @@ TEST(Biquad, InterleavedRunsEqualSingleRuns) {
   }
 }
 
-// The surround pair's fast convolution (runs of kFftMinimum samples and more) against the
-// direct FIR (shorter runs): the same shift to float rounding, across calls of any length.
-TEST(Preprocessor, FastPhaseShiftMatchesTheDirectFir) {
+// The fast convolutions (runs of kFftMinimum samples and more) against the direct FIRs (shorter
+// runs): the same surround shift and LFE low-pass to float rounding, across calls of any
+// length, odd ones included (the LFE transform splits a run into two halves).
+TEST(Preprocessor, FastConvolutionsMatchTheDirectFirs) {
   PreprocessSettings settings = AllOff();
   settings.phase_shift_90 = true;
   settings.surround_attenuation_3db = true;
+  settings.lfe_lowpass = true;
   const size_t length = 5 * kFrame + 77;
-  Slots fast(length);
+  Slots input(length);
   std::mt19937 rng(17);
   std::uniform_real_distribution<float> noise(-0.5f, 0.5f);
-  for (auto& plane : fast.planes)
+  for (auto& plane : input.planes)
     for (float& v : plane) v = noise(rng);
-  Slots direct = fast;
-  Preprocessor a, b;
-  a.Reset(settings);
-  b.Reset(settings);
-  fast.Run(&a, kAllActive, kFrame);                             // transforms
-  direct.Run(&b, kAllActive, Preprocessor::kFftMinimum - 1);  // direct FIR only
-  for (int s : {4, 5}) {
-    double worst = 0;
-    for (size_t i = 0; i < length; ++i)
-      worst = std::max(worst, std::fabs(double{fast.planes[s][i]} - direct.planes[s][i]));
-    EXPECT_LT(worst, 2e-6) << "slot " << s;
+  Slots direct = input;
+  Preprocessor reference;
+  reference.Reset(settings);
+  direct.Run(&reference, kAllActive, Preprocessor::kFftMinimum - 1);  // direct FIRs only
+  for (int call_size : {kFrame, 1001}) {
+    Slots fast = input;
+    Preprocessor p;
+    p.Reset(settings);
+    fast.Run(&p, kAllActive, call_size);
+    for (int s : {3, 4, 5}) {
+      double worst = 0;
+      for (size_t i = 0; i < length; ++i)
+        worst = std::max(worst, std::fabs(double{fast.planes[s][i]} - direct.planes[s][i]));
+      EXPECT_LT(worst, 2e-6) << "slot " << s << ", calls of " << call_size;
+    }
+    EXPECT_EQ(fast.planes[0], direct.planes[0]);
   }
-  EXPECT_EQ(fast.planes[0], direct.planes[0]);
 }
 
 // The LFE low-pass is linear-phase around the common delay: the LFE keeps its phase against
@@ -242,8 +248,9 @@ TEST(Preprocessor, LfeLowpassIs120HzAndKeepsTheCommonDelay) {
       // The low-pass belongs to the LFE slot only, and leaves the LFE in phase with it.
       const Tone front = Measure(data.planes[0], point.hz, kWindow, length);
       EXPECT_NEAR(Db(front.amplitude / 0.5), 0.0, 1e-3);
-      if (point.hz <= 120)
+      if (point.hz <= 120) {
         EXPECT_NEAR(std::remainder(lfe.phase - front.phase, 2 * kPi), 0.0, 1e-3) << point.hz;
+      }
     }
   }
 }
