@@ -769,11 +769,11 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
 
 namespace {
 
-// The coefficient a decoder reconstructs for bin k of coded channel c in block b, before
-// rematrixing: its own mantissa, or in the coupling range the coupling channel's scaled by the
-// channel's coordinate. A dithered zero-bit bin counts with the noise's RMS, which is what its
-// energy will be on average.
-float DecodedCoefficient(const FrameData& f, int c, int b, int k) {
+// The coefficients [begin, end) a decoder reconstructs for coded channel c in block b, before
+// rematrixing: their own mantissas, or in the coupling range the coupling channel's scaled by
+// the channel's coordinate for their band. A dithered zero-bit bin counts with the noise's
+// RMS, which is what its energy will be on average.
+void DecodeChannelRange(const FrameData& f, int c, int b, int begin, int end, float* out) {
   // 2^-e for every exponent the syntax carries.
   static const struct InversePowers {
     float v[32];
@@ -781,30 +781,46 @@ float DecodedCoefficient(const FrameData& f, int c, int b, int k) {
       for (int e = 0; e < 32; ++e) v[e] = std::ldexp(1.0f, -e);
     }
   } kInverse;
-  const ChannelFrame& ch = f.cplinu && f.chincpl[c] && k >= f.cpl.start ? f.cplch() : f.ch[c];
-  const uint8_t bap = ch.bap[b][k];
-  const float mantissa = bap == 0 && f.dithflag[c][b] ? kDitherRms : DequantizeMantissa(ch.mant[b][k], bap);
-  float value = mantissa * kInverse.v[ch.exp[b][k] & 31];
-  if (&ch == &f.cplch()) {
-    int band = 0;
-    while (band + 1 < f.cpl.bands && k >= f.cpl.band_edge[band + 1]) ++band;
-    value *= CoordValue(f.coords[b][c], band);
+  const bool coupled = f.cplinu && f.chincpl[c];
+  const int own_end = coupled ? std::min(end, f.cpl.start) : end;
+  for (int k = begin; k < own_end; ++k) {
+    const ChannelFrame& ch = f.ch[c];
+    const uint8_t bap = ch.bap[b][k];
+    const float mantissa =
+        bap == 0 && f.dithflag[c][b] ? kDitherRms : DequantizeMantissa(ch.mant[b][k], bap);
+    out[k] = mantissa * kInverse.v[ch.exp[b][k] & 31];
   }
-  return value;
+  if (own_end >= end) return;
+  const ChannelFrame& cpl = f.cplch();
+  int band = 0;
+  for (int k = std::max(begin, own_end); k < end; ++k) {
+    while (band + 1 < f.cpl.bands && k >= f.cpl.band_edge[band + 1]) ++band;
+    const uint8_t bap = cpl.bap[b][k];
+    const float mantissa =
+        bap == 0 && f.dithflag[c][b] ? kDitherRms : DequantizeMantissa(cpl.mant[b][k], bap);
+    out[k] = mantissa * kInverse.v[cpl.exp[b][k] & 31] * CoordValue(f.coords[b][c], band);
+  }
 }
 
 // Decoded coefficients of channel c over the copy region, rematrixed back to left and right.
 void DecodedCopyRegion(const FrameData& f, int c, int b, float* out) {
   std::fill(out, out + 256, 0.0f);
-  for (int k = f.spx.copy_start; k < f.spx.begin; ++k) {
-    out[k] = DecodedCoefficient(f, c, b, k);
+  const int begin = f.spx.copy_start, end = f.spx.begin;
+  DecodeChannelRange(f, c, b, begin, end, out);
+  if (f.acmod != 2) return;
+  float sum[256], difference[256];
+  bool decoded_pair = false;
+  for (int k = begin; k < end; ++k) {
     const int band = RematrixBandOf(k);
-    const bool rematrixed = f.acmod == 2 && band >= 0 && f.rematflg[b][band] &&
+    const bool rematrixed = band >= 0 && f.rematflg[b][band] &&
                             !(f.cplinu && f.chincpl[c] && k >= f.cpl.start);
-    if (rematrixed) {
-      const float sum = DecodedCoefficient(f, 0, b, k), difference = DecodedCoefficient(f, 1, b, k);
-      out[k] = c == 0 ? sum + difference : sum - difference;
+    if (!rematrixed) continue;
+    if (!decoded_pair) {
+      DecodeChannelRange(f, 0, b, begin, end, sum);
+      DecodeChannelRange(f, 1, b, begin, end, difference);
+      decoded_pair = true;
     }
+    out[k] = c == 0 ? sum[k] + difference[k] : sum[k] - difference[k];
   }
 }
 
