@@ -60,49 +60,63 @@ void Biquad::RunResidual(float* samples, int n) { RunSection<true>(*this, sample
 
 namespace {
 
-// Biquad::RunResidual of W sections side by side. Each section's recursion waits on its own
-// previous output; running the planes together lets those waits overlap.
-template <int W>
-void RunResidualLanes(Biquad* const* sections, float* const* planes, int n) {
-  double z1[W], z2[W], b0[W], b1[W], b2[W], a1[W], a2[W];
-  float* p[W];
-  for (int k = 0; k < W; ++k) {
-    const Biquad& q = *sections[k];
-    z1[k] = q.s1, z2[k] = q.s2;
-    b0[k] = q.b0, b1[k] = q.b1, b2[k] = q.b2, a1[k] = q.a1, a2[k] = q.a2;
-    p[k] = planes[k];
+// Two lanes of double: one SSE2 register on x86-64, plain pairs of doubles elsewhere.
+using Double2 = double __attribute__((vector_size(16)));
+
+// Biquad::RunResidual of P pairs of sections side by side, each pair in one register. Each
+// section's recursion waits on its own previous output; running the planes together lets
+// those waits overlap, and pairing them halves the instructions. The arithmetic is the scalar
+// section's, lane by lane, so the results are the same to the bit.
+template <int P>
+void RunResidualPairs(Biquad* const* sections, float* const* planes, int n) {
+  Double2 z1[P], z2[P], b0[P], b1[P], b2[P], a1[P], a2[P];
+  for (int k = 0; k < P; ++k) {
+    const Biquad& l = *sections[2 * k];
+    const Biquad& r = *sections[2 * k + 1];
+    z1[k] = Double2{l.s1, r.s1}, z2[k] = Double2{l.s2, r.s2};
+    b0[k] = Double2{l.b0, r.b0}, b1[k] = Double2{l.b1, r.b1}, b2[k] = Double2{l.b2, r.b2};
+    a1[k] = Double2{l.a1, r.a1}, a2[k] = Double2{l.a2, r.a2};
   }
   for (int i = 0; i < n; ++i) {
-    for (int k = 0; k < W; ++k) {
-      const double x = p[k][i];
-      const double y = b0[k] * x + z1[k];
+    for (int k = 0; k < P; ++k) {
+      float* const left = planes[2 * k];
+      float* const right = planes[2 * k + 1];
+      const Double2 x = {left[i], right[i]};
+      const Double2 y = b0[k] * x + z1[k];
       z1[k] = b1[k] * x - a1[k] * y + z2[k];
       z2[k] = b2[k] * x - a2[k] * y;
-      p[k][i] = static_cast<float>(x - y);
+      const Double2 residual = x - y;
+      left[i] = static_cast<float>(residual[0]);
+      right[i] = static_cast<float>(residual[1]);
     }
   }
-  for (int k = 0; k < W; ++k) {
-    sections[k]->s1 = z1[k];
-    sections[k]->s2 = z2[k];
-    sections[k]->Sanitize();
-  }
+  for (int k = 0; k < P; ++k)
+    for (int lane = 0; lane < 2; ++lane) {
+      Biquad* q = sections[2 * k + lane];
+      q->s1 = z1[k][lane];
+      q->s2 = z2[k][lane];
+    }
 }
 
 }  // namespace
 
 void RunResidualInterleaved(Biquad* const* sections, float* const* planes, int count, int n) {
-  constexpr int kWidth = 6;
-  for (int first = 0; first < count; first += kWidth) {
-    Biquad* const* s = sections + first;
-    float* const* p = planes + first;
-    switch (count - first < kWidth ? count - first : kWidth) {
-      case 1: RunResidualLanes<1>(s, p, n); break;
-      case 2: RunResidualLanes<2>(s, p, n); break;
-      case 3: RunResidualLanes<3>(s, p, n); break;
-      case 4: RunResidualLanes<4>(s, p, n); break;
-      case 5: RunResidualLanes<5>(s, p, n); break;
-      default: RunResidualLanes<6>(s, p, n); break;
+  constexpr int kPairs = 3;
+  for (int first = 0; first < count; first += 2 * kPairs) {
+    const int lanes = count - first < 2 * kPairs ? count - first : 2 * kPairs;
+    // An odd lane is paired with a copy of itself: the copy computes the same outputs and
+    // writes them to the same plane, and its state is thrown away.
+    Biquad copy = *sections[first + lanes - 1];
+    Biquad* s[2 * kPairs];
+    float* p[2 * kPairs];
+    for (int k = 0; k < lanes; ++k) s[k] = sections[first + k], p[k] = planes[first + k];
+    if (lanes % 2 != 0) s[lanes] = &copy, p[lanes] = p[lanes - 1];
+    switch ((lanes + 1) / 2) {
+      case 1: RunResidualPairs<1>(s, p, n); break;
+      case 2: RunResidualPairs<2>(s, p, n); break;
+      default: RunResidualPairs<3>(s, p, n); break;
     }
+    for (int k = 0; k < lanes; ++k) s[k]->Sanitize();
   }
 }
 

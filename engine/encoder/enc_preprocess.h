@@ -42,8 +42,6 @@ struct Biquad {
 
 // Biquad::RunResidual of count sections, each over its own plane of n samples.
 void RunResidualInterleaved(Biquad* const* sections, float* const* planes, int count, int n);
-// Biquad::Run of `first` then `second` over the same samples, in one pass.
-void RunCascade(Biquad* first, Biquad* second, float* samples, int n);
 
 class Preprocessor {
  public:
