@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace ddpi {
 
@@ -17,16 +18,15 @@ class BitWriter {
 
   // Appends the low `bits` bits of `value` (0 <= bits <= 32).
   void Put(uint32_t value, int bits) {
-    // Fields of up to 24 bits span at most four bytes from the current one: written at once.
-    if (buf_ && bits > 0 && bits <= 24 && pos_ + static_cast<size_t>(bits) <= size_ * 8) {
-      const size_t byte = pos_ >> 3;
+    // Fields of up to 24 bits span at most four bytes from the current one: read, merged and
+    // stored as one big-endian word, without a branch per byte. The bytes past the field are
+    // overwritten with zeros, which later fields replace.
+    const size_t byte = pos_ >> 3;
+    if (buf_ && bits > 0 && bits <= 24 && byte + 4 <= size_) {
       const int used = static_cast<int>(pos_ & 7);
-      const int total = used + bits;
-      const uint32_t v = (value & ((1u << bits) - 1)) << (32 - total);
-      buf_[byte] = static_cast<uint8_t>((buf_[byte] & (0xff00u >> used)) | (v >> 24));
-      if (total > 8) buf_[byte + 1] = static_cast<uint8_t>(v >> 16);
-      if (total > 16) buf_[byte + 2] = static_cast<uint8_t>(v >> 8);
-      if (total > 24) buf_[byte + 3] = static_cast<uint8_t>(v);
+      const uint32_t kept = used == 0 ? 0 : LoadBigEndian(buf_ + byte) & (~0u << (32 - used));
+      const uint32_t v = (value & ((1u << bits) - 1)) << (32 - used - bits);
+      StoreBigEndian(buf_ + byte, kept | v);
       pos_ += static_cast<size_t>(bits);
       return;
     }
@@ -53,6 +53,22 @@ class BitWriter {
 
  private:
   void PutSlow(uint32_t value, int bits);
+  static uint32_t LoadBigEndian(const uint8_t* p) {
+    uint32_t word;
+    std::memcpy(&word, p, 4);
+    return FromBigEndian(word);
+  }
+  static void StoreBigEndian(uint8_t* p, uint32_t word) {
+    word = FromBigEndian(word);  // the same swap both ways
+    std::memcpy(p, &word, 4);
+  }
+  static uint32_t FromBigEndian(uint32_t word) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    return __builtin_bswap32(word);
+#else
+    return word;
+#endif
+  }
 
   uint8_t* buf_;
   size_t size_;

@@ -62,5 +62,41 @@ TEST(BitWriter, MatchesABitByBitModel) {
     ASSERT_EQ((buf[i >> 3] >> (7 - (i & 7))) & 1, model[i]) << "bit " << i;
 }
 
+// Fields reserved as zeros and filled in later (as grouped mantissas are) end up exactly where a
+// direct write would have put them, whatever was written after them and in a dirty buffer.
+TEST(BitWriter, FilledInFieldsMatchDirectWrites) {
+  std::mt19937 rng(12);
+  uint8_t filled[256], direct[256];
+  std::fill(filled, filled + sizeof filled, 0x5a);
+  std::fill(direct, direct + sizeof direct, 0xc3);
+  BitWriter a(filled, sizeof filled), b(direct, sizeof direct);
+  struct Reserved {
+    size_t position;
+    uint32_t value;
+    int bits;
+  };
+  std::vector<Reserved> open;
+  while (a.position() + 24 <= 8 * sizeof filled) {
+    const int bits = 1 + static_cast<int>(rng() % 24);
+    const uint32_t value = rng() & ((1u << bits) - 1);
+    if (rng() % 3 == 0) {
+      open.push_back({a.position(), value, bits});
+      a.Put(0, bits);
+    } else {
+      a.Put(value, bits);
+    }
+    b.Put(value, bits);
+    if (!open.empty() && rng() % 4 == 0) {
+      a.OrAt(open.front().position, open.front().value, open.front().bits);
+      open.erase(open.begin());
+    }
+  }
+  for (const Reserved& r : open) a.OrAt(r.position, r.value, r.bits);
+  ASSERT_EQ(a.position(), b.position());
+  for (size_t i = 0; i < a.position(); ++i)
+    ASSERT_EQ((filled[i >> 3] >> (7 - (i & 7))) & 1, (direct[i >> 3] >> (7 - (i & 7))) & 1)
+        << "bit " << i;
+}
+
 }  // namespace
 }  // namespace ddpi
