@@ -279,6 +279,34 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   }
 }
 
+// E-AC-3 boosts the blocks around an attack by delta bit allocation, which the coupling
+// channel does not take: a frame with an attack goes without coupling there. AC-3, boosting
+// through its offsets, keeps it.
+TEST(Frame, Eac3FramesWithAnAttackGoWithoutCoupling) {
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(2 * kLength);
+  uint32_t seed = 9;
+  for (int n = 0; n < kLength; ++n) {
+    input[n] = 0.3f * Noise(&seed);
+    input[kLength + n] = 0.5f * input[n];
+  }
+  const float* channels[2] = {&input[0], &input[kLength]};
+  for (bool extension : {false, true}) {
+    const CodingPlan plan = PlanForRate(128, 2, false, extension);
+    ASSERT_TRUE(plan.coupling);
+    for (bool attack : {false, true}) {
+      auto f = std::make_unique<FrameData>();
+      f->acmod = 2;
+      f->nfch = f->channels = 2;
+      bool short_blocks[kMaxChannels][kBlocks] = {};
+      short_blocks[1][3] = attack;
+      AnalyzeFrame(channels, short_blocks, plan, f.get());
+      EXPECT_EQ(f->cplinu, !(extension && attack))
+          << (extension ? "E-AC-3" : "AC-3") << (attack ? ", attack" : ", steady");
+    }
+  }
+}
+
 // 5.1 couples only the channels that carry much the same in the coupling band: fronts
 // sharing one signal couple, surrounds with their own signals keep their own mantissas up
 // to their bandwidth; with nothing shared no channel couples.
