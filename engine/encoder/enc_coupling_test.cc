@@ -161,11 +161,14 @@ TEST(Coupling, LeastSquaresCoordinatesGiveTheSmallerWaveformError) {
   EXPECT_GT(ls, 1.0);
 }
 
-// Multichannel couples every frame at low rates, and frame by frame, only the channels that
-// agree, from 64 to 96 kbps per channel; not above.
+// Multichannel couples every frame at low rates (unless the spectral extension runs there),
+// and frame by frame, only the channels that agree, from 64 to 96 kbps per channel; not above.
 TEST(Coupling, PlanCouplesMultichannelBelow96KbpsPerChannel) {
   EXPECT_TRUE(PlanForRate(192, 7, true).coupling);
   EXPECT_LT(PlanForRate(192, 7, true).cpl_min_coherence, 0);
+  EXPECT_TRUE(PlanForRate(192, 7, true, true).spx);
+  EXPECT_FALSE(PlanForRate(192, 7, true, true).coupling);
+  EXPECT_TRUE(PlanForRate(324, 7, true, true).coupling);  // 64 kbps per channel: both
   EXPECT_TRUE(PlanForRate(64, 2, false).coupling);
   EXPECT_FALSE(PlanForRate(32, 1, false).coupling);   // 1/0 cannot couple
   EXPECT_TRUE(PlanForRate(448, 7, true).coupling);

@@ -58,6 +58,10 @@ namespace {
 // noise-to-mask slightly lower; ranges reaching beyond the bandwidth lost on both).
 // Coordinates are least-squares: on uncorrelated channels they scale the shared band down
 // rather than adding another channel's content at full energy.
+// Where the spectral extension runs (E-AC-3), that coupling does not pay: at 5.1 192k, PEAQ
+// ours minus FFmpeg, basic / advanced, +0.19 / +0.42 with it, +0.41 / +0.48 without (every
+// item the same or better: film +0.36 basic, rock +0.33 advanced), and the one attack's
+// pre-echo 10.3 -> 7.7 dB.
 constexpr double kCouplingRate = 48;
 constexpr double kCouplingBeginShare = 0.7;
 
@@ -204,6 +208,7 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kAttackBoost;
   ChooseCoupling(per_channel, acmod, end, &plan);
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
+  if (plan.spx && per_channel < kCouplingRate) plan.coupling = false;
   plan.cplendf_alone = plan.cplendf;
   if (plan.spx && plan.coupling) {
     // The coupling range then ends where the extension begins.

@@ -99,8 +99,9 @@ TEST(SpectralExtension, PlannedOnlyForExtendedStreamsAtLowRates) {
   EXPECT_FALSE(PlanForRate(96, 2, false, false).spx);  // AC-3 has no extension
   EXPECT_FALSE(PlanForRate(448, 7, true, true).spx);
   EXPECT_FALSE(PlanForRate(192, 2, false, true).spx);
-  // With coupling as well, the coupling range ends where the extension begins.
-  const CodingPlan p = PlanForRate(192, 7, true, true);
+  // With coupling as well (64 kbps per channel), the coupling range ends where the extension
+  // begins.
+  const CodingPlan p = PlanForRate(128, 2, false, true);
   ASSERT_TRUE(p.coupling);
   EXPECT_EQ(CouplingEndMant(p.cplendf), p.spx_layout.begin);
 }

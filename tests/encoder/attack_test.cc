@@ -55,7 +55,8 @@ TEST(Attacks, NoiseAheadOfAnAttackStaysFarBelowIt) {
   };
   // AC-3 raises the SNR offset around attacks, E-AC-3 (one offset per frame) lowers the
   // masking curves there by delta bit allocation: without it, 2 dB more at 96 kbps. At 128
-  // kbps E-AC-3 also couples its channels, and the coupled band gets no finer steps.
+  // kbps E-AC-3 couples its channels, except in frames with an attack, as the coupling
+  // channel takes no delta.
   const Setting settings[] = {{DDPI_ENC_MODE_DD, 128, -14.5, "ac3"},
                               {DDPI_ENC_MODE_DD, 192, -15.5, "ac3"},
                               {DDPI_ENC_MODE_DDPLUS, 96, -15.5, "ec3"},

@@ -35,9 +35,13 @@ std::vector<Case> Cases() {
   for (bool eac3 : {false, true})
     for (int acmod = 2; acmod < 8; ++acmod)
       for (bool lfe : {false, true}) {
-        // The lowest rate, 32 to 43 kbps per channel, where the encoder couples; 2/0 at 80 kbps,
-        // as below that its band is too narrow for a coupling range above the rematrixing bands.
-        cases.push_back({eac3, acmod, lfe, acmod == 2 ? 80 : ddpi::enc::MinimumRate(acmod)});
+        // AC-3 at the lowest rate, 32 to 43 kbps per channel, where it couples; 2/0 at 80 kbps,
+        // as below that its band is too narrow for a coupling range above the rematrixing
+        // bands. E-AC-3, which extends the upper band instead at such rates, at 64 kbps per
+        // channel, where it does both.
+        const int nfch = ddpi::enc::FbwChannels(acmod);
+        const int ac3 = acmod == 2 ? 80 : ddpi::enc::MinimumRate(acmod);
+        cases.push_back({eac3, acmod, lfe, eac3 ? 64 * nfch + (lfe ? 4 : 0) : ac3});
       }
   return cases;
 }
@@ -63,7 +67,7 @@ EncodeResult Encode(const Case& c, const ddtest::Planar& input, const std::vecto
 
 TEST_P(Coupling, CoupledStreamsDecodeCleanly) {
   const Case c = GetParam();
-  ASSERT_TRUE(ddpi::enc::PlanForRate(c.kbps, c.acmod, c.lfe).coupling) << "case must couple";
+  ASSERT_TRUE(ddpi::enc::PlanForRate(c.kbps, c.acmod, c.lfe, c.eac3).coupling) << "case must couple";
   constexpr size_t kSamples = 24000;
   const std::vector<int> slots = ddtest::SlotsForLayout(c.acmod, c.lfe);
   const ddtest::Planar speech = ddtest::SpeechForLayout(c.acmod, c.lfe, kSamples);

@@ -268,9 +268,10 @@ TEST(ExtendedProgrammes, RefusedWhereTheyCannotBeCarried) {
 }
 
 // The dependent substream runs every coding tool of the independent one. At the rates offered
-// it does not couple (48 kbps and more per channel), so this drives the two substream encoders
-// directly at rates where both couple, with DRC words on: FFmpeg decodes the pair as 7.1, and
-// the dependent frames carry their channel map and the programme's DRC words.
+// it does not couple, so this drives the two substream encoders directly at 64 kbps per
+// channel, where both couple and extend their upper band, with DRC words on: FFmpeg decodes
+// the pair as 7.1, and the dependent frames carry their channel map and the programme's DRC
+// words.
 TEST(ExtendedProgrammes, DependentSubstreamCouplesAndCarriesDrc) {
   const std::vector<Source> sources = Sources(kConfigurations[1], true);  // 7.1
   const ddtest::Planar input = Programme(sources);
@@ -278,15 +279,15 @@ TEST(ExtendedProgrammes, DependentSubstreamCouplesAndCarriesDrc) {
   ASSERT_NE(layout, nullptr);
 
   ddpi::enc::EncoderConfig independent;  // defaults: E-AC-3 3/2 + LFE, DRC profiles on
-  independent.kbps = 160;
+  independent.kbps = 5 * 64 + 4;
   ddpi::enc::EncoderConfig dependent = independent;
   dependent.acmod = layout->dependent_acmod;
   dependent.lfe = false;
-  dependent.kbps = 112;
+  dependent.kbps = 4 * 64;
   dependent.substream.dependent = true;
   dependent.substream.chanmap = layout->chanmap;
-  ASSERT_TRUE(ddpi::enc::PlanForRate(independent.kbps, 7, true).coupling);
-  ASSERT_TRUE(ddpi::enc::PlanForRate(dependent.kbps, dependent.acmod, false).coupling);
+  ASSERT_TRUE(ddpi::enc::PlanForRate(independent.kbps, 7, true, true).coupling);
+  ASSERT_TRUE(ddpi::enc::PlanForRate(dependent.kbps, dependent.acmod, false, true).coupling);
   auto first = std::make_unique<ddpi::enc::Encoder>();
   auto second = std::make_unique<ddpi::enc::Encoder>();
   first->Configure(independent);
