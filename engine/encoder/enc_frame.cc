@@ -125,7 +125,7 @@ void ChooseCoupling(double per_channel, int acmod, int end, CodingPlan* plan) {
     plan->coupling = true;
     return;
   }
-  if (acmod < 2 || per_channel >= kCouplingRate) return;
+  if (acmod < 2 || per_channel >= kCouplingRate || plan->spx) return;
   const int start_bin = static_cast<int>(kCouplingBeginShare * end);
   plan->cplbegf = std::clamp((start_bin - 37 + 6) / 12, acmod == 2 ? 3 : 0, 15);
   plan->cplendf = std::clamp((end - 37 + 6) / 12 - 3, 0, 15);
@@ -206,9 +206,9 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.frame_bits = kbps * 32;
   plan.boost_by_delta = extension;
   plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kAttackBoost;
-  ChooseCoupling(per_channel, acmod, end, &plan);
+  // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
-  if (plan.spx && per_channel < kCouplingRate) plan.coupling = false;
+  ChooseCoupling(per_channel, acmod, end, &plan);
   plan.cplendf_alone = plan.cplendf;
   if (plan.spx && plan.coupling) {
     // The coupling range then ends where the extension begins.
@@ -575,9 +575,8 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
   if (f->cplinu) {
     // Nothing to share, or fewer than two channels alike enough to share it: the frame goes
     // without coupling. Channels left out keep their own mantissas up to their bandwidth.
-    f->cplinu = !CoupledBandSilent(*f) &&
-                ChooseCoupledChannels(*f, plan.cpl_min_coherence, f->chincpl) &&
-                !(plan.boost_by_delta && AnyBlockAroundAttack(*f));
+    f->cplinu = !(plan.boost_by_delta && AnyBlockAroundAttack(*f)) && !CoupledBandSilent(*f) &&
+                ChooseCoupledChannels(*f, plan.cpl_min_coherence, f->chincpl);
     for (int c = 0; c < f->nfch; ++c) {
       if (f->cplinu && f->chincpl[c]) continue;
       f->chincpl[c] = false;
