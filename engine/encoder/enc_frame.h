@@ -4,6 +4,7 @@
 #ifndef DDPI_ENGINE_ENCODER_ENC_FRAME_H
 #define DDPI_ENGINE_ENCODER_ENC_FRAME_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "bit_writer.h"
@@ -92,6 +93,14 @@ struct FrameData {
   const MaskDelta* DeltaOf(int c, int b) const {
     if (c == channels) return &dba[b][nfch];
     return c < nfch ? &dba[b][c] : nullptr;
+  }
+  // Whether block blk must send its rematrixing flags / its dynamic range word: a block that
+  // leaves them out repeats the block before it, so only block 0 and changes are sent.
+  bool RematrixChanges(int blk) const {
+    return blk == 0 || !std::equal(rematflg[blk], rematflg[blk] + kRematrixBands, rematflg[blk - 1]);
+  }
+  bool DynrngChanges(int blk) const {
+    return drc.dynrng_on && (blk == 0 || drc.dynrng[blk] != drc.dynrng[blk - 1]);
   }
   // Whether the frame says anything of delta bit allocation (E-AC-3's dbaflde), set with the
   // deltas by AnalyzeFrame.

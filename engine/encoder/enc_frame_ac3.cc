@@ -33,14 +33,15 @@ bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
   for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
   for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
-    bw->Put(f.drc.dynrng_on, 1);
-    if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
+    bw->Put(f.DynrngChanges(blk), 1);  // dynrnge
+    if (f.DynrngChanges(blk)) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
   }
   WriteCouplingStrategy(bw, f, blk);
   if (f.cplinu) WriteCouplingCoords(bw, f, blk, true);
   if (f.acmod == 2) {  // cplbegf > 2 when coupled: four bands either way
-    bw->Put(1, 1);  // rematstr
-    for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
+    bw->Put(f.RematrixChanges(blk), 1);  // rematstr
+    if (f.RematrixChanges(blk))
+      for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   if (f.cplinu) bw->Put(f.cplch().strategy[blk], 2);  // cplexpstr
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);

@@ -94,8 +94,8 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
   for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
   for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
-    bw->Put(f.drc.dynrng_on, 1);
-    if (f.drc.dynrng_on) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
+    bw->Put(f.DynrngChanges(blk), 1);  // dynrnge
+    if (f.DynrngChanges(blk)) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
   }
   if (blk == 0) {
     bw->Put(f.spxinu, 1);  // spxinu (spxstre implied in block 0)
@@ -110,8 +110,9 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
     WriteCouplingCoords(bw, f, blk, blk != 0);
   }
   if (f.acmod == 2) {
-    if (blk != 0) bw->Put(1, 1);  // rematstr (implied in block 0)
-    for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
+    if (blk != 0) bw->Put(f.RematrixChanges(blk), 1);  // rematstr (implied in block 0)
+    if (f.RematrixChanges(blk))
+      for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   for (int c = 0; c < nfch; ++c)
     if (!f.chincpl[c] && !(f.spxinu && f.chinspx[c]) && f.ch[c].strategy[blk] != kExpReuse)

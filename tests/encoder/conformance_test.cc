@@ -5,6 +5,7 @@
 // delay and its SNR clears the pinned floor.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -183,6 +184,49 @@ TEST_P(Conformance, DecodesAlignedOnItsOwnChannels) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Matrix, Conformance, testing::ValuesIn(AllCases()), CaseName);
+
+// Two tones in stereo whose best matrix flips every half frame: L = R (sum and difference
+// pays) for 768 samples, then L alone with R silent (left and right pays). A block sends its rematrixing
+// flags only when they change, and the decoder keeps the previous ones otherwise: a change
+// that failed to arrive would decode the silent R as a copy of L, or the shared half as
+// sum and difference.
+TEST(Rematrixing, FlagsThatChangeWithinAFrameReachTheDecoder) {
+  constexpr size_t kSamples = 48000, kHalf = 768, kGuard = 512;
+  std::vector<float> x(kSamples);
+  for (size_t n = 0; n < kSamples; ++n)
+    x[n] = static_cast<float>(0.3 * std::sin(2 * M_PI * 440 * n / 48000.0) +
+                              0.1 * std::sin(2 * M_PI * 2930 * n / 48000.0));
+  EncodeRequest req;
+  req.slots = {0, 1};
+  req.input.channels = {x, x};
+  for (size_t n = 0; n < kSamples; ++n)
+    if ((n / kHalf) % 2) req.input.channels[1][n] = 0;
+  for (int mode : {DDPI_ENC_MODE_DD, DDPI_ENC_MODE_DDPLUS}) {
+    req.mode = mode;
+    req.params = {{DDPI_ENC_PARAM_DATARATE, 192}, {DDPI_ENC_PARAM_ACMOD, 2},
+                  {DDPI_ENC_PARAM_LFE, 0},        {DDPI_ENC_PARAM_DRC_LINE, 0},
+                  {DDPI_ENC_PARAM_DRC_RF, 0},     {DDPI_ENC_PARAM_DCFILT, 0}};
+    const EncodeResult enc = EncodeWithEngine(req);
+    ASSERT_EQ(enc.error, 0);
+    const ddtest::DecodeResult dec =
+        ddtest::DecodeBytes(enc.stream, mode == DDPI_ENC_MODE_DD ? "ac3" : "ec3");
+    ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
+    ASSERT_EQ(dec.channels, 2);
+    // Per half frame, away from the switches (the transform overlaps them): the error of R
+    // against its source, relative to L's level.
+    double worst_db = -200;
+    for (size_t start = 4 * kHalf; start + kHalf < kSamples; start += kHalf) {
+      double level = 0, error = 0;
+      for (size_t n = start + kGuard / 2; n < start + kHalf - kGuard / 2; ++n) {
+        const float out = dec.audio.channels[1][n + enc.delay];
+        level += double(x[n]) * x[n];
+        error += (out - req.input.channels[1][n]) * double(out - req.input.channels[1][n]);
+      }
+      worst_db = std::max(worst_db, 10 * std::log10(error / level));
+    }
+    EXPECT_LT(worst_db, -30) << "mode " << mode;
+  }
+}
 
 }  // namespace
 }  // namespace ddenc_test
