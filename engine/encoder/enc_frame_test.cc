@@ -279,30 +279,38 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   }
 }
 
-// E-AC-3 boosts the blocks around an attack by delta bit allocation, which the coupling
-// channel does not take: a frame with an attack goes without coupling there. AC-3, boosting
-// through its offsets, keeps it.
-TEST(Frame, Eac3FramesWithAnAttackGoWithoutCoupling) {
+// A frame with an attack goes without coupling where the coupled band would carry the
+// attack's noise ahead of it: E-AC-3, whose boost by delta bit allocation misses the coupling
+// channel, and stereo, where the shared mantissas take one channel's attack to the other.
+// Multichannel AC-3, boosting every channel through its offsets, keeps it.
+TEST(Frame, AttackFramesGoWithoutCouplingExceptInMultichannelAc3) {
   constexpr int kLength = kHistory + kFrameInput;
-  std::vector<float> input(2 * kLength);
+  std::vector<float> noise(kLength);
   uint32_t seed = 9;
-  for (int n = 0; n < kLength; ++n) {
-    input[n] = 0.3f * Noise(&seed);
-    input[kLength + n] = 0.5f * input[n];
-  }
-  const float* channels[2] = {&input[0], &input[kLength]};
-  for (bool extension : {false, true}) {
-    const CodingPlan plan = PlanForRate(128, 2, false, extension);
-    ASSERT_TRUE(plan.coupling);
-    for (bool attack : {false, true}) {
-      auto f = std::make_unique<FrameData>();
-      f->acmod = 2;
-      f->nfch = f->channels = 2;
-      bool short_blocks[kMaxChannels][kBlocks] = {};
-      short_blocks[1][3] = attack;
-      AnalyzeFrame(channels, short_blocks, plan, f.get());
-      EXPECT_EQ(f->cplinu, !(extension && attack))
-          << (extension ? "E-AC-3" : "AC-3") << (attack ? ", attack" : ", steady");
+  for (float& x : noise) x = 0.3f * Noise(&seed);
+  for (int acmod : {2, 7}) {
+    const int nfch = FbwChannels(acmod);
+    std::vector<float> input(nfch * kLength);
+    const float* channels[kMaxChannels];
+    for (int c = 0; c < nfch; ++c) {
+      for (int n = 0; n < kLength; ++n) input[c * kLength + n] = (1.0f - 0.1f * c) * noise[n];
+      channels[c] = &input[c * kLength];
+    }
+    for (bool extension : {false, true}) {
+      const CodingPlan plan = PlanForRate(acmod == 2 ? 128 : 448, acmod, false, extension);
+      ASSERT_TRUE(plan.coupling);
+      for (bool attack : {false, true}) {
+        auto f = std::make_unique<FrameData>();
+        f->acmod = acmod;
+        f->nfch = f->channels = nfch;
+        bool short_blocks[kMaxChannels][kBlocks] = {};
+        short_blocks[1][3] = attack;
+        AnalyzeFrame(channels, short_blocks, plan, f.get());
+        const bool keeps = acmod != 2 && !extension;
+        EXPECT_EQ(f->cplinu, !attack || keeps)
+            << "acmod " << acmod << (extension ? " E-AC-3" : " AC-3")
+            << (attack ? ", attack" : ", steady");
+      }
     }
   }
 }
