@@ -243,6 +243,35 @@ TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {
   }
 }
 
+// A coupled channel's dither flag fills its zero-bit bins in the coupling range too: both
+// channels carry a steady tone below it, whose zero-bit neighbours held next to nothing, and
+// the same dense noise in it, which loses most of its bins at this budget. The noise decides.
+TEST(Frame, CoupledChannelsDitherForTheirCoupledBand) {
+  auto f = std::make_unique<FrameData>();
+  f->acmod = 2;
+  f->nfch = f->channels = 2;
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(2 * kLength);
+  uint32_t seed = 4;
+  float smooth = 0;
+  for (int n = 0; n < kLength; ++n) {
+    // Noise low-passed by a one-pole filter and shifted up to 12 kHz: 7 to 17 kHz or so.
+    smooth = 0.5f * smooth + 0.5f * Noise(&seed);
+    const double t = n / 48000.0;
+    input[n] = static_cast<float>(0.5 * std::sin(2 * M_PI * 1000 * t) +
+                                  0.2 * smooth * std::cos(2 * M_PI * 12000 * t));
+    input[kLength + n] = input[n];
+  }
+  const float* channels[2] = {&input[0], &input[kLength]};
+  bool short_blocks[kMaxChannels][kBlocks] = {};
+  const CodingPlan plan = PlanForRate(128, 2, false);
+  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  ASSERT_TRUE(f->cplinu && f->chincpl[0] && f->chincpl[1]);
+  ASSERT_TRUE(AllocateFrame(1500, 1500, true, f.get()));
+  for (int c = 0; c < 2; ++c)
+    for (int b = 0; b < kBlocks; ++b) EXPECT_TRUE(f->dithflag[c][b]) << c << " block " << b;
+}
+
 // Stereo shares its upper band where the rate leaves too little for two full channels, and
 // only in frames whose channels carry much the same there.
 TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
