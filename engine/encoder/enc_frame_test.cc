@@ -23,6 +23,14 @@ float Noise(uint32_t* seed) {
   return static_cast<float>((*seed >> 8) / 16777216.0 - 0.5);
 }
 
+// An empty frame of the full-bandwidth channels of `acmod`, without LFE.
+std::unique_ptr<FrameData> NewFrame(int acmod) {
+  auto f = std::make_unique<FrameData>();
+  f->acmod = acmod;
+  f->nfch = f->channels = FbwChannels(acmod);
+  return f;
+}
+
 // Encodes `frames` frames of a chirp-and-noise signal and returns them concatenated.
 std::vector<uint8_t> Encode(const EncoderConfig& cfg, int frames) {
   auto enc = std::make_unique<Encoder>();
@@ -94,9 +102,7 @@ TEST(Frame, Eac3FramesHaveFrmsizAndCrc) {
 // Loud noise in blocks 0 and 1, near silence after: left alone, the allocation would spend
 // most of the frame on the first two blocks. With a limit on them the search must respect it.
 TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
-  auto f = std::make_unique<FrameData>();
-  f->acmod = 2;
-  f->nfch = f->channels = 2;
+  auto f = NewFrame(2);
   std::vector<float> input(2 * (kHistory + kFrameInput), 0.0f);
   uint32_t seed = 9;
   for (int c = 0; c < 2; ++c)
@@ -133,10 +139,7 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
 // transform spans it too: both are quantized more finely, the frame's other blocks paying for
 // it, and a frame ending on an attack passes the boost on to the next frame's first block.
 TEST(Frame, AttackBlocksGetFinerQuantization) {
-  auto f = std::make_unique<FrameData>();
-  f->acmod = 2;
-  f->nfch = 2;
-  f->channels = 2;
+  auto f = NewFrame(2);
   std::vector<float> input(2 * (kHistory + kFrameInput));
   uint32_t seed = 7;
   for (float& x : input) x = 0.3f * Noise(&seed);
@@ -192,9 +195,7 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
 // The blocks around an attack get coordinates of their own that rebuild a quarter of the
 // original's upper band; the others restore all of it.
 TEST(Frame, SpectralExtensionRebuildsAQuarterAroundAnAttack) {
-  auto f = std::make_unique<FrameData>();
-  f->acmod = 1;
-  f->nfch = f->channels = 1;
+  auto f = NewFrame(1);
   std::vector<float> input(kHistory + kFrameInput);
   uint32_t seed = 3;
   for (float& x : input) x = 0.3f * Noise(&seed);
@@ -223,10 +224,7 @@ TEST(Frame, SpectralExtensionRebuildsAQuarterAroundAnAttack) {
 // Zero-bit bins of a dense spectrum are filled with noise by the decoder; bins that held
 // nothing, and those of the blocks around an attack, stay silent.
 TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {
-  auto f = std::make_unique<FrameData>();
-  f->acmod = 2;
-  f->nfch = 2;
-  f->channels = 2;
+  auto f = NewFrame(2);
   constexpr int kLength = kHistory + kFrameInput;
   std::vector<float> input(2 * kLength);
   uint32_t seed = 3;
@@ -247,9 +245,7 @@ TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {
 // channels carry a steady tone below it, whose zero-bit neighbours held next to nothing, and
 // the same dense noise in it, which loses most of its bins at this budget. The noise decides.
 TEST(Frame, CoupledChannelsDitherForTheirCoupledBand) {
-  auto f = std::make_unique<FrameData>();
-  f->acmod = 2;
-  f->nfch = f->channels = 2;
+  auto f = NewFrame(2);
   constexpr int kLength = kHistory + kFrameInput;
   std::vector<float> input(2 * kLength);
   uint32_t seed = 4;
@@ -285,9 +281,7 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
     ASSERT_TRUE(plan.coupling);
     for (bool same : {true, false}) {
       SCOPED_TRACE(std::to_string(kbps) + (same ? " kbps, same" : " kbps, apart"));
-      auto f = std::make_unique<FrameData>();
-      f->acmod = 2;
-      f->nfch = f->channels = 2;
+      auto f = NewFrame(2);
       std::vector<float> input(2 * kLength);
       uint32_t seed = 5;
       for (int c = 0; c < 2; ++c)
@@ -329,9 +323,7 @@ TEST(Frame, AttackFramesGoWithoutCouplingExceptInMultichannelAc3) {
       const CodingPlan plan = PlanForRate(acmod == 2 ? 128 : 448, acmod, false, extension);
       ASSERT_TRUE(plan.coupling);
       for (bool attack : {false, true}) {
-        auto f = std::make_unique<FrameData>();
-        f->acmod = acmod;
-        f->nfch = f->channels = nfch;
+        auto f = NewFrame(acmod);
         bool short_blocks[kMaxChannels][kBlocks] = {};
         short_blocks[1][3] = attack;
         AnalyzeFrame(channels, short_blocks, plan, f.get());
@@ -386,9 +378,7 @@ TEST(Frame, MultichannelCouplingChoosesItsChannels) {
 // What a common offset step leaves over goes to single channels' fine offsets: more of the
 // budget is used, never more than the budget.
 TEST(Frame, PerChannelFineOffsetsFillTheFrame) {
-  auto f = std::make_unique<FrameData>();
-  f->acmod = 7;
-  f->nfch = f->channels = 5;
+  auto f = NewFrame(7);
   constexpr int kLength = kHistory + kFrameInput;
   std::vector<float> input(5 * kLength);
   uint32_t seed = 4;
