@@ -700,6 +700,14 @@ constexpr double kDitherVariance = 0.707 * 0.707 / 3;
 constexpr float kDitherRms = 0.40819f;  // sqrt(kDitherVariance)
 constexpr double kDitherEnergyShare = 0.25;
 
+// Energy of the zero-bit bins of the coupling channel in block b, and of the noise that
+// dither would put there, per coupling band: what every coupled channel's flag fills there,
+// before its coordinates scale it.
+struct CouplingZeroBits {
+  double actual[kMaxCplSubbands] = {};
+  double noise[kMaxCplSubbands] = {};
+};
+
 void ChooseDither(FrameData* f) {
   static const struct InversePowers {
     double v[32];
@@ -707,9 +715,20 @@ void ChooseDither(FrameData* f) {
       for (int e = 0; e < 32; ++e) v[e] = std::ldexp(1.0, -2 * e);
     }
   } kInverseSquares;
-  for (int c = 0; c < f->nfch; ++c) {
-    const ChannelFrame& ch = f->ch[c];
-    for (int b = 0; b < kBlocks; ++b) {
+  const CouplingLayout& l = f->cpl;
+  for (int b = 0; b < kBlocks; ++b) {
+    CouplingZeroBits shared;
+    if (f->cplinu) {
+      const ChannelFrame& cpl = f->cplch();
+      for (int band = 0; band < l.bands; ++band)
+        for (int i = l.band_edge[band]; i < l.band_edge[band + 1]; ++i) {
+          if (cpl.bap[b][i] != 0) continue;
+          shared.actual[band] += static_cast<double>(cpl.coef[b][i]) * cpl.coef[b][i];
+          shared.noise[band] += kInverseSquares.v[cpl.exp[b][i] & 31];
+        }
+    }
+    for (int c = 0; c < f->nfch; ++c) {
+      const ChannelFrame& ch = f->ch[c];
       double actual = 0, noise = 0;
       for (int i = 0; i < ch.end; ++i) {
         if (ch.bap[b][i] != 0) continue;
@@ -719,18 +738,10 @@ void ChooseDither(FrameData* f) {
       if (f->cplinu && f->chincpl[c]) {
         // The flag fills the coupling channel's zero-bit bins of this channel too, scaled by
         // its coordinates, as they scale what the bins would have held.
-        const ChannelFrame& cpl = f->cplch();
-        const CouplingLayout& l = f->cpl;
         for (int band = 0; band < l.bands; ++band) {
           const double coord = CoordValue(f->coords[b][c], band);
-          double band_actual = 0, band_noise = 0;
-          for (int i = l.band_edge[band]; i < l.band_edge[band + 1]; ++i) {
-            if (cpl.bap[b][i] != 0) continue;
-            band_actual += static_cast<double>(cpl.coef[b][i]) * cpl.coef[b][i];
-            band_noise += kInverseSquares.v[cpl.exp[b][i] & 31];
-          }
-          actual += coord * coord * band_actual;
-          noise += coord * coord * band_noise;
+          actual += coord * coord * shared.actual[band];
+          noise += coord * coord * shared.noise[band];
         }
       }
       f->dithflag[c][b] = !f->around_attack[b] && noise > 0 &&

@@ -33,14 +33,16 @@ bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
   for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
   for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
-    bw->Put(f.DynrngChanges(blk), 1);  // dynrnge
-    if (f.DynrngChanges(blk)) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
+    const bool dynrnge = f.DynrngChanges(blk);
+    bw->Put(dynrnge, 1);
+    if (dynrnge) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
   }
   WriteCouplingStrategy(bw, f, blk);
   if (f.cplinu) WriteCouplingCoords(bw, f, blk, true);
   if (f.acmod == 2) {  // cplbegf > 2 when coupled: four bands either way
-    bw->Put(f.RematrixChanges(blk), 1);  // rematstr
-    if (f.RematrixChanges(blk))
+    const bool rematstr = f.RematrixChanges(blk);
+    bw->Put(rematstr, 1);
+    if (rematstr)
       for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   if (f.cplinu) bw->Put(f.cplch().strategy[blk], 2);  // cplexpstr

@@ -94,8 +94,9 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
   for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
   for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
-    bw->Put(f.DynrngChanges(blk), 1);  // dynrnge
-    if (f.DynrngChanges(blk)) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
+    const bool dynrnge = f.DynrngChanges(blk);
+    bw->Put(dynrnge, 1);
+    if (dynrnge) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
   }
   if (blk == 0) {
     bw->Put(f.spxinu, 1);  // spxinu (spxstre implied in block 0)
@@ -110,8 +111,9 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
     WriteCouplingCoords(bw, f, blk, blk != 0);
   }
   if (f.acmod == 2) {
-    if (blk != 0) bw->Put(f.RematrixChanges(blk), 1);  // rematstr (implied in block 0)
-    if (f.RematrixChanges(blk))
+    const bool rematstr = f.RematrixChanges(blk);
+    if (blk != 0) bw->Put(rematstr, 1);  // implied in block 0
+    if (rematstr)
       for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   for (int c = 0; c < nfch; ++c)
