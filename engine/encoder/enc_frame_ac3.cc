@@ -39,11 +39,11 @@ bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
   }
   WriteCouplingStrategy(bw, f, blk);
   if (f.cplinu) WriteCouplingCoords(bw, f, blk, true);
-  if (f.acmod == 2) {  // cplbegf > 2 when coupled: four bands either way
+  if (f.acmod == 2) {
     const bool rematstr = f.RematrixChanges(blk);
     bw->Put(rematstr, 1);
     if (rematstr)
-      for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
+      for (int band = 0; band < f.RematrixBands(); ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   if (f.cplinu) bw->Put(f.cplch().strategy[blk], 2);  // cplexpstr
   for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].strategy[blk], 2);

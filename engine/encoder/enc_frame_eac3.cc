@@ -114,7 +114,7 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
     const bool rematstr = f.RematrixChanges(blk);
     if (blk != 0) bw->Put(rematstr, 1);  // implied in block 0
     if (rematstr)
-      for (int band = 0; band < kRematrixBands; ++band) bw->Put(f.rematflg[blk][band], 1);
+      for (int band = 0; band < f.RematrixBands(); ++band) bw->Put(f.rematflg[blk][band], 1);
   }
   for (int c = 0; c < nfch; ++c)
     if (!f.chincpl[c] && !(f.spxinu && f.chinspx[c]) && f.ch[c].strategy[blk] != kExpReuse)

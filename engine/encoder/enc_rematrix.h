@@ -15,6 +15,12 @@ constexpr int kRematrixBands = 4;
 // left/right in place for bins below `end`, and returns the flags.
 void RematrixBlock(float* left, float* right, int end, uint8_t flags[kRematrixBands]);
 
+// Rematrixing flags a block sends: four, or with coupling in use only the bands below the
+// coupling range (three when it begins at sub-band 1 or 2, two when it begins at 0).
+constexpr int RematrixBandCount(bool cplinu, int cplbegf) {
+  return !cplinu || cplbegf > 2 ? 4 : (cplbegf > 0 ? 3 : 2);
+}
+
 // The rematrixing band of a bin, -1 below the first.
 int RematrixBandOf(int bin);
 

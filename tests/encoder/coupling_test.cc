@@ -144,6 +144,8 @@ TEST(CouplingSubsets, ChannelsOutsideCouplingKeepTheirOwnSignal) {
 // the shared level of its own noise, coherence about 0.9) couple at AC-3 2.0 128 kbps, and the
 // coupled band comes out at each channel's own level, within 0.5 dB: a coordinate off by one
 // step of its exponent or master exponent, or taken from the wrong channel, is 3 dB or more.
+// The range begins inside the fourth rematrixing band, so blocks send three rematrixing flags:
+// a fourth would shift everything after it and the frame would not decode.
 // (Energy-preserving coordinates measure +0.07 / +0.33 dB here, least-squares ones -0.18 /
 // +0.09 dB: the choice between them is made by ear, not by this test.)
 TEST(CouplingLevels, CoupledBandKeepsEachChannelsEnergy) {
@@ -156,7 +158,9 @@ TEST(CouplingLevels, CoupledBandKeepsEachChannelsEnergy) {
     for (size_t n = 0; n < kSamples; ++n) input.channels[c][n] += own[n];
   }
   const Case c{false, 2, false, 128};
-  ASSERT_TRUE(ddpi::enc::PlanForRate(c.kbps, c.acmod, c.lfe, false).coupling);
+  const ddpi::enc::CodingPlan plan = ddpi::enc::PlanForRate(c.kbps, c.acmod, c.lfe, false);
+  ASSERT_TRUE(plan.coupling);
+  ASSERT_EQ(ddpi::enc::RematrixBandCount(true, plan.cplbegf), 3);
   const EncodeResult enc = Encode(c, input, {0, 1});
   ASSERT_EQ(enc.error, 0);
   const ddtest::DecodeResult dec = ddtest::DecodeBytes(enc.stream, "ac3");
