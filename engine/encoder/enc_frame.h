@@ -61,6 +61,9 @@ struct FrameData {
   SpxLayout spx;
   bool spxcoe[kBlocks] = {};                         // new coordinates in this block
   SpxCoords spx_coords[kBlocks][kMaxCplChannels];    // the coordinates in effect per block
+  // Whether each channel's extended range has held stable partials lately (see
+  // ChooseExtendedChannels); carried from frame to frame.
+  SpxTonalityTracker spx_tonality[kMaxCplChannels];
   // Per run of blocks (indexed by its first block) and channel: the original's energy in each
   // band of the extended range, which the coordinates must restore.
   double spx_target[kBlocks][kMaxCplChannels][kMaxSpxSubbands] = {};
