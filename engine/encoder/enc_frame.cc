@@ -518,12 +518,11 @@ double ExtendedRangeFlatness(const FrameData& f, int c) {
 // -1.80). Elsewhere (5.1 at 192k, whose coupling alone ends at 9 kHz) such a frame would lose
 // its upper band: the film mix graded -3.44 against -2.59.
 void ChooseExtendedChannels(bool yield_to_coupling, FrameData* f) {
-  bool tonal[kMaxCplChannels];
+  // Every channel's tracker follows every frame, whatever this frame decides.
   for (int c = 0; c < f->nfch; ++c) {
     const float* coefs[kBlocks];
     for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
-    const bool peaked_lately = f->spx_tonality[c].Update(SpxLocalFlatness(coefs, kBlocks, f->spx));
-    tonal[c] = ExtendedRangeFlatness(*f, c) < kSpxTonalFlatness || (!yield_to_coupling && peaked_lately);
+    f->spx_tonality[c].Update(SpxLocalFlatness(coefs, kBlocks, f->spx));
   }
   bool any = false;
   for (int c = 0; c < f->nfch; ++c) {
@@ -532,12 +531,14 @@ void ChooseExtendedChannels(bool yield_to_coupling, FrameData* f) {
       any = true;
       continue;
     }
-    if (f->cplinu && tonal[c]) {
+    const bool tonal = (!yield_to_coupling && f->spx_tonality[c].tonal()) ||
+                       ExtendedRangeFlatness(*f, c) < kSpxTonalFlatness;
+    if (f->cplinu && tonal) {
       std::fill(f->chinspx, f->chinspx + kMaxCplChannels, false);
       f->spxinu = false;
       return;
     }
-    f->chinspx[c] = !tonal[c];
+    f->chinspx[c] = !tonal;
     any |= f->chinspx[c];
   }
   f->spxinu = any;

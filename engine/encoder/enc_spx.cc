@@ -161,15 +161,17 @@ double SpxLocalFlatness(const float* const* coef, int blocks, const SpxLayout& l
   double power[256] = {};
   for (int b = 0; b < blocks; ++b)
     for (int k = l.begin; k < l.end; ++k) power[k] += static_cast<double>(coef[b][k]) * coef[b][k];
+  // One logarithm per run, of the product of its powers: each lies within [1e-14, 6], so a
+  // product of 16 stays far from the double's limits.
   double log_ratio = 0;
   int runs = 0;
   for (int first = l.begin; first + kRun <= l.end; first += kRun) {
-    double sum = 0, log_sum = 0;
+    double sum = 0, product = 1;
     for (int k = first; k < first + kRun; ++k) {
       sum += power[k] + kFloor;
-      log_sum += std::log(power[k] + kFloor);
+      product *= power[k] + kFloor;
     }
-    log_ratio += log_sum / kRun - std::log(sum / kRun);
+    log_ratio += std::log(product) / kRun - std::log(sum / kRun);
     ++runs;
   }
   return runs ? std::exp(log_ratio / runs) : 1.0;
