@@ -161,8 +161,9 @@ double SpxLocalFlatness(const float* const* coef, int blocks, const SpxLayout& l
   double power[256] = {};
   for (int b = 0; b < blocks; ++b)
     for (int k = l.begin; k < l.end; ++k) power[k] += static_cast<double>(coef[b][k]) * coef[b][k];
-  // One logarithm per run, of the product of its powers: each lies within [1e-14, 6], so a
-  // product of 16 stays far from the double's limits.
+  // One logarithm per run, of the product of its powers: each lies within [1e-14, 24] (six
+  // blocks of coefficients under 2 in magnitude), so a product of 16 stays far from the
+  // double's limits.
   double log_ratio = 0;
   int runs = 0;
   for (int first = l.begin; first + kRun <= l.end; first += kRun) {
