@@ -178,14 +178,18 @@ double SpxLocalFlatness(const float* const* coef, int blocks, const SpxLayout& l
   return runs ? std::exp(log_ratio / runs) : 1.0;
 }
 
+// Measured on the quality benchmark's items: pitch pipe, reed and glockenspiel settle below
+// 0.2 and harpsichord near 0.3; rock, metal, drums, applause, speech and orchestral music stay
+// above 0.5; a distorted guitar and electronic music sit between, at about 0.4.
+constexpr double kSmoothing = 0.1;
+constexpr double kTonalBelow = 0.3, kNoisyAbove = 0.4;
+constexpr double kClearlyTonalBelow = 0.2, kNoLongerClearAbove = 0.3;
+
 bool SpxTonalityTracker::Update(double local_flatness) {
-  // Measured on the quality benchmark's items: pitch pipe, reed, glockenspiel and harpsichord
-  // settle below 0.3; rock, metal, drums, applause, speech and orchestral music stay above
-  // 0.5; a distorted guitar and electronic music sit between, at about 0.4.
-  constexpr double kSmoothing = 0.1;
-  constexpr double kTonalBelow = 0.3, kNoisyAbove = 0.4;
   smoothed_ += kSmoothing * (local_flatness - smoothed_);
   if (tonal_ ? smoothed_ > kNoisyAbove : smoothed_ < kTonalBelow) tonal_ = !tonal_;
+  if (clearly_tonal_ ? smoothed_ > kNoLongerClearAbove : smoothed_ < kClearlyTonalBelow)
+    clearly_tonal_ = !clearly_tonal_;
   return tonal_;
 }
 

@@ -86,10 +86,15 @@ class SpxTonalityTracker {
   // Takes one frame's SpxLocalFlatness; returns whether the channel now counts as tonal.
   bool Update(double local_flatness);
   bool tonal() const { return tonal_; }
+  // Tonal, and peaked well beyond the level that turned it so: few stable partials with
+  // little between them (a reed, a pitch pipe, struck bars), not a dense or distorted tone.
+  // It too takes a margin to turn back.
+  bool clearly_tonal() const { return clearly_tonal_; }
 
  private:
   double smoothed_ = 1.0;
   bool tonal_ = false;
+  bool clearly_tonal_ = false;
 };
 
 }  // namespace ddpi::enc

@@ -157,6 +157,10 @@ TEST(SpectralExtension, TonalityTrackerTurnsOnlyOnWhatLasts) {
   EXPECT_LE(frames, 20);
   EXPECT_TRUE(t.Update(0.9));
   for (int i = 0; i < 50; ++i) EXPECT_TRUE(t.Update(0.35));
+  // Tonal from 0.3 down, clearly so only well below that.
+  EXPECT_FALSE(t.clearly_tonal());
+  for (int i = 0; i < 50; ++i) t.Update(0.1);
+  EXPECT_TRUE(t.clearly_tonal());
   frames = 0;
   while (t.Update(0.8)) ++frames;
   EXPECT_GE(frames, 1);
