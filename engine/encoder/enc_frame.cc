@@ -181,7 +181,7 @@ constexpr double kSpxAttackEnergy = 0.25;
 // (2.0 96k: 0.002 -> +0.06 mean ODG, glockenspiel -3.76 -> -2.66; from 0.02 up the gate took
 // noisy frames too and lost).
 constexpr double kSpxTonalFlatness = 0.002;
-// See NarrowClearlyTonalChannels.
+// See ChooseExtendedChannels.
 constexpr double kTonalBandwidthShare = 0.8;
 
 void ChooseSpectralExtension(double per_channel, int end, CodingPlan* plan) {
@@ -514,19 +514,33 @@ double ExtendedRangeFlatness(const FrameData& f, int c) {
 // -2.73), 256k +0.37 / +0.22 -> +0.42 / +0.27; no item lower by more than 0.05. The tracker
 // alone on a frame's measure, without smoothing, lost: harpsichord -2.24 -> -2.52, glockenspiel
 // -2.87 -> -3.15, each switching the band on and off.
+// A channel left out while clearly tonal also ends at kTonalBandwidthShare of the rate's
+// bandwidth (plan.tonal_chbwcod): such tones are heard through their partials' own noise more
+// than through the top of the band, and the bits go further below (FFmpeg's narrow band at
+// these rates grades well on them). PEAQ: E-AC-3 2.0 96k +0.94 / +1.32 -> +1.01 / +1.34 (pitch
+// pipe -2.80 -> -2.21, glockenspiel -2.75 -> -2.35, both now level with FFmpeg), 5.1 192k
+// +0.60 / +0.54 -> +0.67 / +0.54, 256k +0.42 / +0.27 -> +0.49 / +0.25 (percussion advanced
+// -0.18). Narrowing every tonal channel, not only the clear ones, cost rock_51 0.40 advanced at
+// 192k (its guitar); 0.7 of the bandwidth cost harpsichord 0.6 advanced at 96k. Without a
+// margin for turning back from clearly tonal (a pitch pipe measures about 0.2), 96k graded
+// +1.00 / +1.32 and 256k +0.48 / +0.25.
 // Coupled channels all take part, their coupling range ending where the extension begins.
-// Where the coupling range alone would cover most of the extended range (`yield_to_coupling`),
-// a frame with a tonal coupled channel goes without the extension: at E-AC-3 2.0 128k the
-// glockenspiel grades -0.53 instead of -1.98 (PEAQ basic), nothing else moving by more than
-// 0.05; the tracker does not decide there (pitch pipe -2.38 -> -2.75, harpsichord -1.55 ->
-// -1.80). Elsewhere (5.1 at 192k, whose coupling alone ends at 9 kHz) such a frame would lose
-// its upper band: the film mix graded -3.44 against -2.59.
-void ChooseExtendedChannels(bool yield_to_coupling, FrameData* f) {
-  // Every channel's tracker follows every frame, whatever this frame decides.
-  for (int c = 0; c < f->nfch; ++c) {
-    const float* coefs[kBlocks];
-    for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
-    f->spx_tonality[c].Update(SpxLocalFlatness(coefs, kBlocks, f->spx));
+// Where the coupling range alone would cover most of the extended range
+// (plan.spx_yields_to_coupling), a frame with a tonal coupled channel goes without the
+// extension: at E-AC-3 2.0 128k the glockenspiel grades -0.53 instead of -1.98 (PEAQ basic),
+// nothing else moving by more than 0.05. The tracker neither decides nor runs there (pitch
+// pipe -2.38 -> -2.75, harpsichord -1.55 -> -1.80 when it decided). Elsewhere (5.1 at 192k,
+// whose coupling alone ends at 9 kHz) such a frame would lose its upper band: the film mix
+// graded -3.44 against -2.59.
+void ChooseExtendedChannels(const CodingPlan& plan, FrameData* f) {
+  const bool yield_to_coupling = plan.spx_yields_to_coupling;
+  // Where it decides, every channel's tracker follows every frame, whatever this frame decides.
+  if (!yield_to_coupling) {
+    for (int c = 0; c < f->nfch; ++c) {
+      const float* coefs[kBlocks];
+      for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
+      f->spx_tonality[c].Update(SpxLocalFlatness(coefs, kBlocks, f->spx));
+    }
   }
   bool any = false;
   for (int c = 0; c < f->nfch; ++c) {
@@ -544,29 +558,10 @@ void ChooseExtendedChannels(bool yield_to_coupling, FrameData* f) {
     }
     f->chinspx[c] = !tonal;
     any |= f->chinspx[c];
-  }
-  f->spxinu = any;
-}
-
-// A channel whose upper band has clearly held stable partials lately, and which the extension
-// therefore leaves out, ends at kTonalBandwidthShare of the rate's bandwidth: such tones are
-// heard through their partials' own noise more than through the top of the band, and the bits
-// go further below (FFmpeg's narrow band at these rates grades well on them). Only where the
-// tracker decides (see ChooseExtendedChannels), so that frames do not switch between bands.
-// PEAQ, ours minus FFmpeg, basic / advanced: E-AC-3 2.0 96k +0.94 / +1.32 -> +1.01 / +1.34
-// (pitch pipe -2.80 -> -2.21, glockenspiel -2.75 -> -2.35, both now level with FFmpeg), 5.1
-// 192k +0.60 / +0.54 -> +0.67 / +0.54, 256k +0.42 / +0.27 -> +0.49 / +0.25 (percussion
-// advanced -0.18). Narrowing every tonal channel, not only the clear ones, cost rock_51 0.40
-// advanced at 192k (its guitar); 0.7 of the bandwidth cost harpsichord 0.6 advanced at 96k.
-// Without a margin for turning back from clearly tonal (a pitch pipe measures about 0.2), 96k
-// graded +1.00 / +1.32 and 256k +0.48 / +0.25.
-void NarrowClearlyTonalChannels(const CodingPlan& plan, FrameData* f) {
-  if (plan.spx_yields_to_coupling) return;
-  for (int c = 0; c < f->nfch; ++c) {
-    const bool extended = f->spxinu && f->chinspx[c];
-    if (!extended && f->spx_tonality[c].clearly_tonal())
+    if (!yield_to_coupling && f->spx_tonality[c].clearly_tonal())
       f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, plan.tonal_chbwcod);
   }
+  f->spxinu = any;
 }
 
 // Where the attack boost goes through delta bit allocation (E-AC-3), a frame with an attack
@@ -630,9 +625,8 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     }
   }
   if (f->spxinu) {
-    ChooseExtendedChannels(plan.spx_yields_to_coupling, f);
+    ChooseExtendedChannels(plan, f);
     if (!f->spxinu && f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);
-    NarrowClearlyTonalChannels(plan, f);
   }
   auto uncoupled_end = [&](int c) {
     return f->spxinu && f->chinspx[c] ? f->spx.begin : 73 + 3 * f->ch[c].chbwcod;

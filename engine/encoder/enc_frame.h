@@ -155,7 +155,7 @@ struct CodingPlan {
   // reaching cplendf_alone (see ChooseExtendedChannels).
   bool spx_yields_to_coupling = false;
   // Bandwidth code of a channel the extension leaves out because its upper band has clearly
-  // held stable partials lately (see NarrowClearlyTonalChannels).
+  // held stable partials lately (see ChooseExtendedChannels).
   int tonal_chbwcod = 60;
   // SNR index added to the blocks around an attack (a multiple of 32: 6 dB steps), through
   // the SNR offsets, or for E-AC-3, whose offsets stay the same across the frame, through

@@ -178,6 +178,8 @@ double SpxLocalFlatness(const float* const* coef, int blocks, const SpxLayout& l
   return runs ? std::exp(log_ratio / runs) : 1.0;
 }
 
+namespace {
+
 // Measured on the quality benchmark's items: pitch pipe, reed and glockenspiel settle below
 // 0.2 and harpsichord near 0.3; rock, metal, drums, applause, speech and orchestral music stay
 // above 0.5; a distorted guitar and electronic music sit between, at about 0.4.
@@ -185,11 +187,17 @@ constexpr double kSmoothing = 0.1;
 constexpr double kTonalBelow = 0.3, kNoisyAbove = 0.4;
 constexpr double kClearlyTonalBelow = 0.2, kNoLongerClearAbove = 0.3;
 
+// A state that turns on below `on_below` and off only above `off_above`.
+bool WithMargin(bool state, double value, double on_below, double off_above) {
+  return state ? value <= off_above : value < on_below;
+}
+
+}  // namespace
+
 bool SpxTonalityTracker::Update(double local_flatness) {
   smoothed_ += kSmoothing * (local_flatness - smoothed_);
-  if (tonal_ ? smoothed_ > kNoisyAbove : smoothed_ < kTonalBelow) tonal_ = !tonal_;
-  if (clearly_tonal_ ? smoothed_ > kNoLongerClearAbove : smoothed_ < kClearlyTonalBelow)
-    clearly_tonal_ = !clearly_tonal_;
+  tonal_ = WithMargin(tonal_, smoothed_, kTonalBelow, kNoisyAbove);
+  clearly_tonal_ = WithMargin(clearly_tonal_, smoothed_, kClearlyTonalBelow, kNoLongerClearAbove);
   return tonal_;
 }
 
