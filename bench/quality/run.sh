@@ -50,7 +50,8 @@ if [ -z "$items" ]; then
 fi
 
 # One job: encode ITEM at SETTING with ENCODER, decode, grade and measure into one line:
-# setting item encoder basic advanced bandwidth above_band lfe_lag attacks(t:dB,...)
+# setting item encoder basic advanced bandwidth above_band lfe_lag lags attacks(t:dB,...)
+# pairs(LR:basic/advanced,C:...,S:..., 5.1 only; else -)
 run_one() {
   local setting=$1 item=$2 encoder=$3
   local codec layout kbps
@@ -79,7 +80,7 @@ run_one() {
   ffmpeg -nostdin -v error -y -drc_scale 0 -i "$dir/stream.$ext" -c:a pcm_f32le "$dir/decoded.wav"
   "$probe" split "$ref" "$dir/decoded.wav" "$skip" "$dir"
   "$probe" measure "$ref" "$dir/decoded.wav" "$skip" >"$dir/measure.txt"
-  local basic=0 advanced=0 pairs=0 pair b a
+  local basic=0 advanced=0 pairs=0 pair b a per_pair=
   for pair in LR C S; do
     [ -f "$dir/ref_$pair.wav" ] || continue
     b=$("$grade" "$dir/ref_$pair.wav" "$dir/test_$pair.wav")
@@ -87,17 +88,21 @@ run_one() {
     basic=$(echo "$basic + $b" | bc -l)
     advanced=$(echo "$advanced + $a" | bc -l)
     pairs=$((pairs + 1))
+    per_pair="$per_pair${per_pair:+,}$pair:$b/$a"
   done
+  # A 5.1 item's grade is the mean of its pairs; each pair's own grades say which channels
+  # carry a difference.
+  [ "$pairs" -gt 1 ] || per_pair=-
   local lfe=-
   [ "$channels" = 6 ] && lfe=$(awk '$1 == "lag" && $2 == 3 {print $3}' "$dir/measure.txt")
-  local lags
+  local lags attacks
   lags=$(awk '$1 == "lag" && $3 != 0 && $2 != 3 {printf "%s%s:%s", sep, $2, $3; sep=","}' "$dir/measure.txt")
-  printf '%s %s %s %.3f %.3f %s %s %s %s %s\n' "$setting" "$item" "$encoder" \
+  attacks=$(awk '$1 == "attack" {printf "%s%s:%s", sep, $2, $3; sep=","}' "$dir/measure.txt")
+  printf '%s %s %s %.3f %.3f %s %s %s %s %s %s\n' "$setting" "$item" "$encoder" \
     "$(echo "$basic / $pairs" | bc -l)" "$(echo "$advanced / $pairs" | bc -l)" \
     "$(awk '$1 == "bandwidth" {print $2}' "$dir/measure.txt")" \
     "$(awk '$1 == "above_band" {print $2}' "$dir/measure.txt")" "$lfe" "${lags:--}" \
-    "$(awk '$1 == "attack" {printf "%s%s:%s", sep, $2, $3; sep=","}' "$dir/measure.txt")" \
-    >"$dir/result.txt"
+    "${attacks:--}" "$per_pair" >"$dir/result.txt"
   rm -f "$dir"/ref_*.wav "$dir"/test_*.wav
 }
 export -f run_one

@@ -1,5 +1,5 @@
 # Tables of bench/quality/run.sh from its per-job lines:
-#   setting item encoder basic advanced bandwidth above_band lfe_lag lags attacks
+#   setting item encoder basic advanced bandwidth above_band lfe_lag lags attacks pairs
 function percentile(values, count, p,    sorted, i, j, t, k) {
   if (count == 0) return "-"
   for (i = 1; i <= count; ++i) sorted[i] = values[i]
@@ -17,6 +17,7 @@ function percentile(values, count, p,    sorted, i, j, t, k) {
   if (!(key in seen_item)) { seen_item[key] = 1; items[$1, ++nitems[$1]] = $2 }
   basic[key, $3] = $4; advanced[key, $3] = $5; bw[key, $3] = $6; above[key, $3] = $7
   lfe[key, $3] = $8; lags[key, $3] = $9; attacks[key, $3] = $10
+  pairs[key, $3] = NF >= 11 ? $11 : "-"
 }
 END {
   for (s = 1; s <= nsettings; ++s) {
@@ -36,6 +37,9 @@ END {
              item, ob, fb, ob - fb, oa, fa, oa - fa, bw[key, "ours"], bw[key, "ffmpeg"],
              above[key, "ours"], above[key, "ffmpeg"], lfe[key, "ours"], lfe[key, "ffmpeg"],
              lags[key, "ours"]
+      if (pairs[key, "ours"] != "-")
+        printf "%-30s ours %s; ffmpeg %s\n", "  pairs basic/advanced", pairs[key, "ours"],
+               pairs[key, "ffmpeg"]
       ++n; sum_b += ob; sum_a += oa; sum_fb += fb; sum_fa += fa
       if (ob > fb) ++better
       if (ob < fb - 0.2 || oa < fa - 0.2) worse = worse " " item
