@@ -11,7 +11,8 @@
 //   quality_probe measure REF.wav TEST.wav SKIP
 //       prints "skip N", "bandwidth HZ", "above_band DB" (and where), "lag CH N" per channel and
 //       "attack SECONDS DB" per attack of the reference: the energy of the 5 ms before it
-//       against the reference's, in dB.
+//       against the reference's, in dB (a 5.1 file's attacks found in L/R, C and Ls/Rs apart,
+//       in that order).
 #include <sndfile.h>
 
 #include "metrics.h"
@@ -258,6 +259,53 @@ int Split(const std::string& ref_path, const std::string& test_path, int skip,
   return ok ? 0 : 1;
 }
 
+// Attacks of the reference (the group's channels summed): 1 ms steps where the next 5 ms hold
+// 15 dB more energy than the 5 ms before, and at least 0.3% of full scale; one attack per 50 ms.
+// Pre-echo: energy of the decoded signal's error in the 5 ms before, added to the reference's
+// energy there, in dB (0 dB: nothing added). The reference's energy is floored 40 dB below
+// the attack's, since backward masking hides error below that even before a silent gap.
+void PrintAttacks(const Planes& ref, const Planes& out) {
+  constexpr int kMs = 48, kWindow = 5 * kMs;
+  const size_t n = ref[0].size();
+  auto energy = [&](const Planes& x, size_t from) {
+    double e = 0;
+    for (const auto& ch : x)
+      for (size_t i = from; i < from + kWindow && i < ch.size(); ++i) e += double{ch[i]} * ch[i];
+    return e;
+  };
+  auto error_energy = [&](size_t from) {
+    double e = 0;
+    for (size_t c = 0; c < ref.size(); ++c)
+      for (size_t i = from; i < from + kWindow && i < n; ++i) {
+        const double d = out[c][i] - ref[c][i];
+        e += d * d;
+      }
+    return e;
+  };
+  size_t last = 0;
+  for (size_t at = kWindow + kMs; at + kWindow < n; at += kMs) {
+    if (last && at < last + 50 * kMs) continue;
+    const double before = energy(ref, at - kWindow);
+    const double after = energy(ref, at);
+    if (after < 0.003 * 0.003 * kWindow * ref.size() || after < before * 31.6) continue;
+    // The onset itself: the first 1 ms step whose energy jumps.
+    size_t onset = at;
+    for (size_t s = at; s < at + kWindow; s += kMs / 4) {
+      double e = 0;
+      for (const auto& ch : ref)
+        for (size_t i = s; i < s + kMs / 4; ++i) e += double{ch[i]} * ch[i];
+      if (e > after / 40) {
+        onset = s;
+        break;
+      }
+    }
+    const double reference = energy(ref, onset - kWindow) + 1e-4 * energy(ref, onset);
+    std::printf("attack %.4f %.1f\n", static_cast<double>(onset) / kRate,
+                10 * std::log10((reference + error_energy(onset - kWindow)) / reference));
+    last = at;
+  }
+}
+
 int Measure(const std::string& ref_path, const std::string& test_path, int skip) {
   Planes ref, test;
   if (!ReadWav(ref_path, &ref) || !ReadWav(test_path, &test)) return 1;
@@ -337,48 +385,17 @@ int Measure(const std::string& ref_path, const std::string& test_path, int skip)
   for (size_t c = 0; c < ref.size(); ++c)
     std::printf("lag %zu %d\n", c, BestLag(ref[c], out[c], -400, 400));
 
-  // Attacks of the reference (all channels summed): 1 ms steps where the next 5 ms hold 15 dB
-  // more energy than the 5 ms before, and at least 0.3% of full scale; one attack per 50 ms.
-  // Pre-echo: energy of the decoded signal's error in the 5 ms before, added to the reference's
-  // energy there, in dB (0 dB: nothing added). The reference's energy is floored 40 dB below
-  // the attack's, since backward masking hides error below that even before a silent gap.
-  constexpr int kMs = 48, kWindow = 5 * kMs;
-  auto energy = [&](const Planes& x, size_t from) {
-    double e = 0;
-    for (const auto& ch : x)
-      for (size_t i = from; i < from + kWindow && i < ch.size(); ++i) e += double{ch[i]} * ch[i];
-    return e;
-  };
-  auto error_energy = [&](size_t from) {
-    double e = 0;
-    for (size_t c = 0; c < ref_fbw.size(); ++c)
-      for (size_t i = from; i < from + kWindow && i < n; ++i) {
-        const double d = out_fbw[c][i] - ref_fbw[c][i];
-        e += d * d;
-      }
-    return e;
-  };
-  size_t last = 0;
-  for (size_t at = kWindow + kMs; at + kWindow < n; at += kMs) {
-    if (last && at < last + 50 * kMs) continue;
-    const double before = energy(ref_fbw, at - kWindow);
-    const double after = energy(ref_fbw, at);
-    if (after < 0.003 * 0.003 * kWindow * ref_fbw.size() || after < before * 31.6) continue;
-    // The onset itself: the first 1 ms step whose energy jumps.
-    size_t onset = at;
-    for (size_t s = at; s < at + kWindow; s += kMs / 4) {
-      double e = 0;
-      for (const auto& ch : ref_fbw)
-        for (size_t i = s; i < s + kMs / 4; ++i) e += double{ch[i]} * ch[i];
-      if (e > after / 40) {
-        onset = s;
-        break;
-      }
+  // Attacks per group of channels that are heard together: the pair of a stereo file; in a
+  // 5.1 file L/R, C and Ls/Rs apart, so that one channel's quiet part is not filled by
+  // another's and its attacks count.
+  if (ref.size() == 6) {
+    for (const std::vector<int>& group : {std::vector<int>{0, 1}, {2}, {4, 5}}) {
+      Planes ref_group, out_group;
+      for (int c : group) ref_group.push_back(ref[c]), out_group.push_back(out[c]);
+      PrintAttacks(ref_group, out_group);
     }
-    const double reference = energy(ref_fbw, onset - kWindow) + 1e-4 * energy(ref_fbw, onset);
-    std::printf("attack %.4f %.1f\n", static_cast<double>(onset) / kRate,
-                10 * std::log10((reference + error_energy(onset - kWindow)) / reference));
-    last = at;
+  } else {
+    PrintAttacks(ref_fbw, out_fbw);
   }
   return 0;
 }
