@@ -5,11 +5,13 @@
 # the original (dB), pre-echo per attack (dB added in the 5 ms before it) and each 5.1
 # channel's lag after the reported delay (ours) or the found one (FFmpeg's).
 #   run.sh [--quick] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR] [--jobs N]
-#          [--ours-only]
+#          [--ours-only] [--ffmpeg-from DIR]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
 # eac3_51_256. --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
 # --ours-only grades only our encoder and reuses FFmpeg's results already in the work folder
-# (its encoder is deterministic), which halves a run while tuning.
+# (its encoder is deterministic), which halves a run while tuning. --ffmpeg-from DIR does the
+# same with FFmpeg's results and the items of another work folder, so that each variant of a
+# tuning run gets a folder of its own.
 # 5.1 items are graded pair by pair (L/R, C, Ls/Rs) and the item's grade is their mean.
 # Needs the PEAQ tool (PEAQ_GRADE, default ../shared/tools/peaq/grade.sh) and the item
 # packages (scripts/quality.sh installs them and runs this).
@@ -20,6 +22,7 @@ work=
 jobs=2
 encoders="ours ffmpeg"
 items=
+ffmpeg_from=
 settings="ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192 eac3_51_256"
 while [ $# -gt 0 ]; do
   case $1 in
@@ -30,6 +33,7 @@ while [ $# -gt 0 ]; do
     --work) work=$2; shift ;;
     --jobs) jobs=$2; shift ;;
     --ours-only) encoders=ours ;;
+    --ffmpeg-from) ffmpeg_from=$(cd "$2" && pwd); encoders=ours; shift ;;
     *) echo "unknown option $1" >&2; exit 2 ;;
   esac
   shift
@@ -38,6 +42,17 @@ work=${work:-$build/quality}
 grade=${PEAQ_GRADE:-$root/../shared/tools/peaq/grade.sh}
 [ -x "$grade" ] || grade=/work/shared/tools/peaq/grade.sh
 mkdir -p "$work/runs"
+if [ -n "$ffmpeg_from" ]; then
+  [ -e "$work/items" ] || ln -s "$ffmpeg_from/items" "$work/items"
+  for setting in $settings; do
+    for result in "$ffmpeg_from/runs/$setting"/*/ffmpeg/result.txt; do
+      [ -f "$result" ] || continue
+      item_dir=${result%/ffmpeg/result.txt}
+      mkdir -p "$work/runs/$setting/${item_dir##*/}/ffmpeg"
+      cp "$result" "$work/runs/$setting/${item_dir##*/}/ffmpeg/"
+    done
+  done
+fi
 
 if [ ! -f "$build/CMakeCache.txt" ]; then
   cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDD_BUILD_BENCH=ON >/dev/null
