@@ -229,11 +229,19 @@ Planes Aligned(const Planes& test, int skip, size_t length) {
   return out;
 }
 
-Planes Pick(const Planes& x, std::initializer_list<int> channels) {
+Planes Pick(const Planes& x, const std::vector<int>& channels) {
   Planes out;
   for (int c : channels) out.push_back(x[c]);
   return out;
 }
+
+// The groups of channels heard together in a 5.1 file, graded and measured apart: L/R, C and
+// Ls/Rs (the LFE is not a full-band channel). A stereo file is one group, "LR".
+struct ChannelGroup {
+  const char* name;
+  std::vector<int> channels;
+};
+const ChannelGroup kSurroundGroups[] = {{"LR", {0, 1}}, {"C", {2}}, {"S", {4, 5}}};
 
 int Split(const std::string& ref_path, const std::string& test_path, int skip,
           const std::string& dir) {
@@ -247,12 +255,9 @@ int Split(const std::string& ref_path, const std::string& test_path, int skip,
   const Planes aligned = Aligned(test, skip, ref[0].size());
   bool ok = true;
   if (ref.size() == 6) {
-    ok &= WriteWav(dir + "/ref_LR.wav", Pick(ref, {0, 1})) &&
-          WriteWav(dir + "/test_LR.wav", Pick(aligned, {0, 1})) &&
-          WriteWav(dir + "/ref_C.wav", Pick(ref, {2})) &&
-          WriteWav(dir + "/test_C.wav", Pick(aligned, {2})) &&
-          WriteWav(dir + "/ref_S.wav", Pick(ref, {4, 5})) &&
-          WriteWav(dir + "/test_S.wav", Pick(aligned, {4, 5}));
+    for (const ChannelGroup& g : kSurroundGroups)
+      ok &= WriteWav(dir + "/ref_" + g.name + ".wav", Pick(ref, g.channels)) &&
+            WriteWav(dir + "/test_" + g.name + ".wav", Pick(aligned, g.channels));
   } else {
     ok &= WriteWav(dir + "/ref_LR.wav", ref) && WriteWav(dir + "/test_LR.wav", aligned);
   }
@@ -385,15 +390,11 @@ int Measure(const std::string& ref_path, const std::string& test_path, int skip)
   for (size_t c = 0; c < ref.size(); ++c)
     std::printf("lag %zu %d\n", c, BestLag(ref[c], out[c], -400, 400));
 
-  // Attacks per group of channels that are heard together: the pair of a stereo file; in a
-  // 5.1 file L/R, C and Ls/Rs apart, so that one channel's quiet part is not filled by
-  // another's and its attacks count.
+  // Attacks per group, so that one channel's quiet part is not filled by another's and its
+  // attacks count.
   if (ref.size() == 6) {
-    for (const std::vector<int>& group : {std::vector<int>{0, 1}, {2}, {4, 5}}) {
-      Planes ref_group, out_group;
-      for (int c : group) ref_group.push_back(ref[c]), out_group.push_back(out[c]);
-      PrintAttacks(ref_group, out_group);
-    }
+    for (const ChannelGroup& g : kSurroundGroups)
+      PrintAttacks(Pick(ref, g.channels), Pick(out, g.channels));
   } else {
     PrintAttacks(ref_fbw, out_fbw);
   }

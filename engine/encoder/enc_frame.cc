@@ -83,7 +83,8 @@ constexpr int kAttackBoost = 32;
 // 5.7 / 11.5 -> 5.5 / 10.6 (FFmpeg 3.9 / 11.1 and 5.5 / 11.2), for 0.01 of mean PEAQ (5.1:
 // 0.02-0.03); three steps reached 10.4 / 9.7 dB but cost 0.03-0.04.
 constexpr int kAttackBoostByDelta = 64;
-// Programmes of more than two full-bandwidth channels boost half as much. An AC-3 block's
+// Programmes of more than two full-bandwidth channels boost half as much (3 dB; E-AC-3 one
+// delta step). An AC-3 block's
 // boost raises every channel's offset, and in either codec a 5.1 mix holds more attacks per
 // frame, so the same boost takes more from the rest of the frame. Measured over the 102
 // attacks of the four 5.1 mixes, with PEAQ ours minus FFmpeg, basic / advanced:
@@ -94,8 +95,7 @@ constexpr int kAttackBoostByDelta = 64;
 //   E-AC-3 256k: +0.49 / +0.25 -> +0.51 / +0.29; 4.8 / 9.7 -> 5.7 / 11.3 dB (FFmpeg 10.3 / 16.2).
 // No boost at all graded 0.01-0.03 higher still but brought E-AC-3 192k's 90th percentile
 // level with FFmpeg's (17.1 dB).
-constexpr int kMultichannelAttackBoost = 16;
-constexpr int kMultichannelAttackBoostByDelta = 32;
+constexpr int kMultichannelBoostDivisor = 2;
 constexpr int kBoostPerDeltaStep = 32;  // a delta step is 6 dB, as are 32 SNR index units
 
 // Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
@@ -241,11 +241,8 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.dbpbcod = 3;
   plan.frame_bits = kbps * 32;
   plan.boost_by_delta = extension;
-  const bool multichannel = nfch > 2;
-  if (plan.boost_by_delta)
-    plan.attack_boost = multichannel ? kMultichannelAttackBoostByDelta : kAttackBoostByDelta;
-  else
-    plan.attack_boost = multichannel ? kMultichannelAttackBoost : kAttackBoost;
+  plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kAttackBoost;
+  if (nfch > 2) plan.attack_boost /= kMultichannelBoostDivisor;
   // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   ChooseCoupling(per_channel, acmod, end, &plan);
