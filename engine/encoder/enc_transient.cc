@@ -26,25 +26,27 @@ void QuarterPeaks(const float* x, float quarter[4]) {
   }
 }
 
-// Last block's quarter peaks then this block's: the 256 samples before quarter q of this block
-// are quarters q .. q + 3 of the result. Stores this block's peaks as the next block's last.
-void Shift(const float quarter[4], float last[4], float history[8]) {
-  std::copy(last, last + 4, history);
-  std::copy(quarter, quarter + 4, history + 4);
-  std::copy(quarter, quarter + 4, last);
+// The peak of the 256 samples that end one quarter before quarter q of this block, from the
+// quarters of the two blocks before it and this block's (history[8 + q] is quarter q).
+float ReferencePeak(const float history[12], int q) {
+  return std::max(std::max(history[q + 3], history[q + 4]),
+                  std::max(history[q + 5], history[q + 6]));
 }
 
-float PeakBefore(const float history[8], int first_quarter) {
-  return std::max(std::max(history[first_quarter], history[first_quarter + 1]),
-                  std::max(history[first_quarter + 2], history[first_quarter + 3]));
+// The two previous blocks' quarter peaks then this block's; keeps the last eight for the next
+// block.
+void Shift(const float quarter[4], float before[8], float history[12]) {
+  std::copy(before, before + 8, history);
+  std::copy(quarter, quarter + 4, history + 8);
+  std::copy(history + 4, history + 12, before);
 }
 
 }  // namespace
 
 void TransientDetector::Reset() {
   s1_ = s2_ = 0;
-  std::fill(last_quarters_, last_quarters_ + 4, 0.0f);
-  std::fill(last_full_quarters_, last_full_quarters_ + 4, 0.0f);
+  std::fill(quarters_before_, quarters_before_ + 8, 0.0f);
+  std::fill(full_quarters_before_, full_quarters_before_ + 8, 0.0f);
 }
 
 void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
@@ -86,11 +88,11 @@ bool TransientDetector::Detect(const float* block) {
 
 bool TransientDetector::DetectFiltered(const float* filtered, const float* block) {
   // The 128- and 256-sample levels are maxima of the 64-sample quarters.
-  float quarter[4], full_quarter[4], history[8], full_history[8];
+  float quarter[4], full_quarter[4], history[12], full_history[12];
   QuarterPeaks(filtered, quarter);
   QuarterPeaks(block, full_quarter);
-  Shift(quarter, last_quarters_, history);
-  Shift(full_quarter, last_full_quarters_, full_history);
+  Shift(quarter, quarters_before_, history);
+  Shift(full_quarter, full_quarters_before_, full_history);
 
   bool transient = false;
   for (int level = 0; level < kLevels; ++level) {
@@ -99,8 +101,8 @@ bool TransientDetector::DetectFiltered(const float* filtered, const float* block
       float peak = 0;
       for (int q = s * quarters; q < (s + 1) * quarters; ++q) peak = std::max(peak, quarter[q]);
       const int first = s * quarters;
-      if (peak > kSilence && peak * kThreshold[level] > PeakBefore(history, first) &&
-          peak > PeakBefore(full_history, first))
+      if (peak > kSilence && peak * kThreshold[level] > ReferencePeak(history, first) &&
+          peak > ReferencePeak(full_history, first))
         transient = true;
     }
   }

@@ -49,6 +49,24 @@ TEST(Transient, AttackAfterQuietSwitchesOnlyItsBlock) {
   EXPECT_TRUE(t.Detect(attack));
 }
 
+// A clap whose first rise falls at the end of the block before: the rise, though well above
+// the quiet before it, must not hide the clap: 8 times louder than the rise, 40 times louder
+// than the quiet.
+TEST(Transient, AttackRisingJustBeforeItsBlockSwitches) {
+  TransientDetector t;
+  t.Reset();
+  float quiet[256], rise[256], clap[256];
+  for (int n = 0; n < 256; ++n) {
+    const float alternating = (n % 2) ? 1.0f : -1.0f;
+    quiet[n] = 0.001f * alternating;
+    rise[n] = (n < 224 ? 0.001f : 0.005f) * alternating;
+    clap[n] = 0.04f * alternating;
+  }
+  for (int b = 0; b < 4; ++b) EXPECT_FALSE(t.Detect(quiet));
+  EXPECT_FALSE(t.Detect(rise));
+  EXPECT_TRUE(t.Detect(clap));
+}
+
 // A high-band burst under a louder low tone stays on long blocks; the same burst rising above
 // the tone's peaks switches.
 TEST(Transient, HighBandBurstMustRiseAboveTheFullBand) {
