@@ -8,6 +8,11 @@
 #include "enc_frame_eac3.h"
 
 namespace ddpi::enc {
+namespace {
+
+constexpr double kBinHz = 93.75;
+
+}  // namespace
 
 void Encoder::Configure(const EncoderConfig& config) {
   config_ = config;
@@ -23,6 +28,10 @@ void Encoder::Configure(const EncoderConfig& config) {
     active_[kLfeSlot] = true;
   }
   preprocessor_.Reset(config.preprocess);
+  // With the spectral extension the band above the channels' own mantissas is rebuilt from
+  // below, attacks included; limiting it there moved the worst attacks' pre-echo by -0.3 to
+  // +2.0 dB (E-AC-3 2.0 96k +8.4 -> +10.4 dB against FFmpeg's), no gain.
+  band_limiter_.Design(plan_.spx ? 0.0 : CodedBandEnd(plan_) * kBinHz);
   drc_.Reset(config.drc_line_profile, config.drc_rf_profile, config.metadata.dialnorm);
   for (TransientDetector& t : transient_) t.Reset();
   std::memset(history_, 0, sizeof history_);
@@ -73,6 +82,17 @@ void Encoder::AdvanceHistory() {
   }
 }
 
+bool Encoder::BandLimitFrame(int c) {
+  constexpr int kTaps = BandLimiter::kHalfTaps;
+  float padded[kTaps + kFrameInput + kTaps];
+  if (!preprocessor_.Lookahead(slot_of_channel_[c], padded + kTaps + kFrameInput, kTaps))
+    return false;
+  float* fresh = history_[c] + kHistory;
+  std::memcpy(padded, fresh - kTaps, sizeof(float) * (kTaps + kFrameInput));
+  band_limiter_.Apply(padded + kTaps, fresh, kFrameInput);
+  return true;
+}
+
 int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
                          InputReport* report, const DrcFrameGains* shared_drc) {
   ConditionInput(slots, report);
@@ -96,6 +116,14 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
     for (int b = 0; b < kBlocks; ++b)
       short_blocks_[c][b] =
           c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256, fresh[c] + b * 256);
+
+  if (band_limiter_.active()) {
+    for (int c = 0; c < frame_.nfch; ++c) {
+      bool any_short = false;
+      for (int b = 0; b < kBlocks; ++b) any_short |= short_blocks_[c][b];
+      if (any_short) BandLimitFrame(c);
+    }
+  }
 
   // The decoder reproduces history[256b, 256b + 256) from block b: the DRC words are computed
   // on exactly those samples.

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "enc_band_limit.h"
 #include "enc_config.h"
 #include "enc_drc.h"
 #include "enc_frame.h"
@@ -49,12 +50,16 @@ class Encoder {
  private:
   void ConditionInput(const float* const slots[kInputSlots], InputReport* report);
   void AdvanceHistory();
+  // Low-passes the new samples of channel c (see BandLimiter); false where the channel's
+  // upcoming samples are not known.
+  bool BandLimitFrame(int c);
 
   EncoderConfig config_;
   CodingPlan plan_;
   int slot_of_channel_[kMaxChannels] = {};
   bool active_[kInputSlots] = {};
   Preprocessor preprocessor_;
+  BandLimiter band_limiter_;
   DrcAnalyzer drc_;
   TransientDetector transient_[kMaxChannels];
   float work_[6][kFrameInput];

@@ -263,6 +263,13 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   return plan;
 }
 
+int CodedBandEnd(const CodingPlan& plan) {
+  int end = 73 + 3 * plan.chbwcod;
+  if (plan.coupling) end = std::max(end, CouplingEndMant(std::max(plan.cplendf, plan.cplendf_alone)));
+  if (plan.spx) end = std::max(end, plan.spx_layout.end);
+  return end;
+}
+
 namespace {
 
 // Exponent strategies of every channel, reusing more and grouping more coarsely until the

@@ -165,6 +165,9 @@ struct CodingPlan {
 };
 // `extension`: the stream may use spectral extension (E-AC-3).
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);
+// The first bin above everything a plan can reconstruct: the channels' own mantissas, the
+// coupling range (in any frame) and the extension's range.
+int CodedBandEnd(const CodingPlan& plan);
 
 // Transforms, exponents and masking of one frame. `input[c]` points at kHistory + 1536
 // samples of coded channel c (bitstream order, LFE last); `short_blocks[c][b]` says which

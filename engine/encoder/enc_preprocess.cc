@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "enc_fir_design.h"
+
 namespace ddpi::enc {
 namespace {
 
@@ -15,22 +17,6 @@ constexpr double kStateFloor = 1e-15;
 constexpr double kKaiserBeta = 5.65;
 // Kaiser window shape of the LFE low-pass: stopband below -55 dB.
 constexpr double kLfeKaiserBeta = 7.0;
-
-// Zeroth-order modified Bessel function of the first kind, by its power series.
-double BesselI0(double x) {
-  double sum = 1.0, term = 1.0;
-  const double quarter_x2 = x * x / 4.0;
-  for (int k = 1; k < 64 && term > sum * 1e-17; ++k) {
-    term *= quarter_x2 / (static_cast<double>(k) * k);
-    sum += term;
-  }
-  return sum;
-}
-
-double Kaiser(int offset, int half_length, double beta) {
-  const double r = static_cast<double>(offset) / half_length;
-  return BesselI0(beta * std::sqrt(1.0 - r * r)) / BesselI0(beta);
-}
 
 void ClearIfNegligible(double* state) {
   if (!std::isfinite(*state) || std::fabs(*state) < kStateFloor) *state = 0.0;
@@ -151,15 +137,7 @@ void Preprocessor::DesignDcLowpass(Biquad* section) {
 // same span as the Hilbert FIR, normalized to unit gain at 0 Hz. Being symmetric, it only
 // delays (by exactly kDelaySamples) and never shifts one frequency against another.
 void Preprocessor::DesignLfeLowpass() {
-  const double x = 2.0 * kLfeSincCutoffHz / kSampleRate;
-  double taps[kDelaySamples + 1];
-  double sum = 0;
-  for (int m = 0; m <= kDelaySamples; ++m) {
-    const double ideal = m == 0 ? x : std::sin(kPi * x * m) / (kPi * m);
-    taps[m] = ideal * Kaiser(m, kDelaySamples + 1, kLfeKaiserBeta);
-    sum += m == 0 ? taps[m] : 2 * taps[m];
-  }
-  for (int m = 0; m <= kDelaySamples; ++m) lfe_taps_[m] = static_cast<float>(taps[m] / sum);
+  DesignWindowedSincLowpass(kLfeSincCutoffHz, kDelaySamples, kLfeKaiserBeta, lfe_taps_);
   for (int k = 0; k < kHilbertTaps; ++k)
     fft_re_[k] = lfe_taps_[k < kDelaySamples ? kDelaySamples - k : k - kDelaySamples];
   TransformTaps(fft_re_, kLfeFftSize, lfe_re_, lfe_im_);
@@ -184,7 +162,8 @@ void Preprocessor::TransformTaps(const float* taps, int size, float* spectrum_re
 void Preprocessor::DesignHilbert() {
   for (int j = 0; j < kHalfTaps; ++j) {
     const int m = 2 * j + 1;
-    hilbert_[j] = static_cast<float>(2.0 / (kPi * m) * Kaiser(m, kDelaySamples + 1, kKaiserBeta));
+    const double window = KaiserWindow(m, kDelaySamples + 1, kKaiserBeta);
+    hilbert_[j] = static_cast<float>(2.0 / (kPi * m) * window);
   }
   // Output i = sum_k window[i + k] g[k] with g[delay - m] = tap, g[delay + m] = -tap: the
   // direct form below as a correlation, whose transform is W conj(G).
@@ -249,6 +228,19 @@ void Preprocessor::ProcessChunk(float* const slots[kSlots], const bool active[kS
       for (int i = 0; i < n; ++i) right[i] *= kSurroundAttenuation;
     }
   }
+}
+
+bool Preprocessor::Lookahead(int slot, float* out, int count) const {
+  const bool surround = slot == kLeftSurroundSlot || slot == kRightSurroundSlot;
+  if ((surround && settings_.phase_shift_90) || (slot == kLfeSlot && settings_.lfe_lowpass) ||
+      count > kDelaySamples)
+    return false;
+  // The history holds the last kHistory inputs; the newest kDelaySamples of them have yet to
+  // come out.
+  const float* next = history_[slot] + kHistory - kDelaySamples;
+  const float gain = surround && settings_.surround_attenuation_3db ? kSurroundAttenuation : 1.0f;
+  for (int i = 0; i < count; ++i) out[i] = next[i] * gain;
+  return true;
 }
 
 void Preprocessor::KeepHistory(int slot, const float* samples, int n) {

@@ -87,6 +87,11 @@ class Preprocessor {
 
   const PreprocessSettings& settings() const { return settings_; }
 
+  // The next `count` (at most kDelaySamples) samples a slot will output, known already from
+  // its delay line. Only for slots on the plain delay: false for the phase-shifted surrounds
+  // and the low-passed LFE.
+  bool Lookahead(int slot, float* out, int count) const;
+
  private:
   static constexpr int kChunk = 1536;             // longest run handled in one pass
   static constexpr int kHistory = kHilbertTaps - 1;
