@@ -153,6 +153,10 @@ EngineReport RunEngine(const EngineJob& job) {
       in.channels[slot] = slot < input.channels() ? planes[slot].data() : zeros.data();
     }
     if (input.channels() == 2) in.channels[2] = zeros.data();
+    if (input.channels() == 1) {  // a mono programme is its centre channel
+      in.channels[0] = zeros.data();
+      in.channels[2] = planes[0].data();
+    }
     ddpi_enc_process_op_s result{buffer.data(), buffer.size(), 0};
     rc = api.process(handle, &in, &result);
     if (rc == 0 && result.bytes_written > 0) {
