@@ -2,21 +2,13 @@
 
 #include <cmath>
 
+#include "enc_fir_design.h"
+
 namespace ddpi::enc {
 namespace {
 
 constexpr int kWindowLength = 512;
 constexpr double kPi = 3.14159265358979323846;
-
-double BesselI0(double x) {
-  double sum = 1.0, term = 1.0;
-  for (int k = 1; k < 50; ++k) {
-    term *= (x / (2.0 * k)) * (x / (2.0 * k));
-    sum += term;
-    if (term < 1e-12 * sum) break;
-  }
-  return sum;
-}
 
 // Kaiser-Bessel derived window, A/52 section 8.2.3 (alpha = 5, N = 512).
 struct Window {
@@ -27,8 +19,7 @@ struct Window {
     double kernel[half + 1];
     double total = 0;
     for (int n = 0; n <= half; ++n) {
-      const double r = (n - half / 2.0) / (half / 2.0);
-      kernel[n] = BesselI0(kPi * alpha * std::sqrt(std::fmax(0.0, 1.0 - r * r)));
+      kernel[n] = KaiserWindow(n - half / 2, half / 2, kPi * alpha);
       total += kernel[n];
     }
     double running = 0;
