@@ -10,7 +10,7 @@
 namespace ddpi::enc {
 namespace {
 
-constexpr double kBinHz = 93.75;
+constexpr double kBinHz = 93.75;  // a transform bin: 48 kHz / 512
 
 }  // namespace
 
@@ -82,15 +82,15 @@ void Encoder::AdvanceHistory() {
   }
 }
 
-bool Encoder::BandLimitFrame(int c) {
+void Encoder::BandLimitFrame(int c) {
+  // The filter reaches kTaps samples either side: the last ones of the history before the
+  // frame and the first ones the pre-processing will give next.
   constexpr int kTaps = BandLimiter::kHalfTaps;
   float padded[kTaps + kFrameInput + kTaps];
-  if (!preprocessor_.Lookahead(slot_of_channel_[c], padded + kTaps + kFrameInput, kTaps))
-    return false;
+  if (!preprocessor_.Lookahead(slot_of_channel_[c], padded + kTaps + kFrameInput, kTaps)) return;
   float* fresh = history_[c] + kHistory;
   std::memcpy(padded, fresh - kTaps, sizeof(float) * (kTaps + kFrameInput));
   band_limiter_.Apply(padded + kTaps, fresh, kFrameInput);
-  return true;
 }
 
 int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
@@ -117,6 +117,7 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
       short_blocks_[c][b] =
           c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256, fresh[c] + b * 256);
 
+  // Channels with an attack in this frame are band-limited before the transform.
   if (band_limiter_.active()) {
     for (int c = 0; c < frame_.nfch; ++c) {
       bool any_short = false;

@@ -50,9 +50,9 @@ class Encoder {
  private:
   void ConditionInput(const float* const slots[kInputSlots], InputReport* report);
   void AdvanceHistory();
-  // Low-passes the new samples of channel c (see BandLimiter); false where the channel's
-  // upcoming samples are not known.
-  bool BandLimitFrame(int c);
+  // Low-passes the new samples of channel c (see BandLimiter). A channel whose upcoming
+  // samples the pre-processing cannot tell yet (phase-shifted surrounds) stays as it is.
+  void BandLimitFrame(int c);
 
   EncoderConfig config_;
   CodingPlan plan_;

@@ -265,7 +265,10 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
 
 int CodedBandEnd(const CodingPlan& plan) {
   int end = 73 + 3 * plan.chbwcod;
-  if (plan.coupling) end = std::max(end, CouplingEndMant(std::max(plan.cplendf, plan.cplendf_alone)));
+  if (plan.coupling) {
+    const int endf = std::max(plan.cplendf, plan.cplendf_alone);
+    end = std::max(end, CouplingEndMant(endf));
+  }
   if (plan.spx) end = std::max(end, plan.spx_layout.end);
   return end;
 }

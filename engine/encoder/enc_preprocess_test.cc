@@ -297,6 +297,34 @@ TEST(Preprocessor, SurroundAttenuationScalesOnlyLsAndRsBy3Db) {
   EXPECT_NEAR(Db(Preprocessor::kSurroundAttenuation), -3.0, 1e-6);
 }
 
+// What Lookahead tells after a call is what the next call outputs, attenuation and DC
+// removal included; slots on a filter other than the delay have no lookahead.
+TEST(Preprocessor, LookaheadIsTheNextOutput) {
+  Preprocessor p;
+  PreprocessSettings settings;  // DC removal and LFE low-pass on
+  settings.surround_attenuation_3db = true;
+  p.Reset(settings);
+  std::mt19937 rng(7);
+  std::uniform_real_distribution<float> noise(-0.5f, 0.5f);
+  Slots first(kFrame), second(kFrame);
+  for (Slots* data : {&first, &second})
+    for (auto& plane : data->planes) for (float& x : plane) x = noise(rng);
+  first.Run(&p, kAllActive, kFrame);
+  std::vector<std::vector<float>> told(Preprocessor::kSlots, std::vector<float>(kDelay));
+  for (int slot : {0, 2, 4, 6}) ASSERT_TRUE(p.Lookahead(slot, told[slot].data(), kDelay));
+  float unused[1];
+  EXPECT_FALSE(p.Lookahead(0, unused, kDelay + 1));
+  EXPECT_FALSE(p.Lookahead(Preprocessor::kLfeSlot, unused, 1));
+  second.Run(&p, kAllActive, kFrame);
+  for (int slot : {0, 2, 4, 6})
+    for (int i = 0; i < kDelay; ++i) ASSERT_EQ(told[slot][i], second.planes[slot][i]) << slot;
+
+  settings.phase_shift_90 = true;
+  p.Reset(settings);
+  EXPECT_FALSE(p.Lookahead(4, unused, 1));
+  EXPECT_TRUE(p.Lookahead(0, unused, 1));
+}
+
 TEST(Preprocessor, RecoversFromNonFiniteInputAndKeepsSilenceExactlyZero) {
   Preprocessor p;
   p.Reset({true, true, true, true});
