@@ -16,6 +16,10 @@ constexpr int kMaxCoefs = 256;
 constexpr int kMaxFbwChannels = 5;
 constexpr int kMaxChannels = 6;  // full-bandwidth channels plus LFE
 constexpr int kLfeEndMant = 7;
+// Width of a transform bin at 48 kHz: 48000 / 512 Hz.
+constexpr double kBinHz = 93.75;
+// First bin past an uncoupled channel's band for its bandwidth code (A/52 section 7.1.3).
+constexpr int ChannelEndMant(int chbwcod) { return 73 + 3 * chbwcod; }
 
 // Number of full-bandwidth channels per acmod (Table 5.8).
 extern const uint8_t kFbwChannels[8];

@@ -4,16 +4,11 @@
 #include <cmath>
 #include <cstring>
 
+#include "ac3_tables.h"
 #include "enc_frame_ac3.h"
 #include "enc_frame_eac3.h"
 
 namespace ddpi::enc {
-namespace {
-
-constexpr double kBinHz = 93.75;  // a transform bin: 48 kHz / 512
-
-}  // namespace
-
 void Encoder::Configure(const EncoderConfig& config) {
   config_ = config;
   plan_ = PlanForRate(config.kbps, config.acmod, config.lfe, config.eac3);
@@ -31,7 +26,7 @@ void Encoder::Configure(const EncoderConfig& config) {
   // With the spectral extension the band above the channels' own mantissas is rebuilt from
   // below, attacks included; limiting it there moved the worst attacks' pre-echo by -0.3 to
   // +2.0 dB (E-AC-3 2.0 96k +8.4 -> +10.4 dB against FFmpeg's), no gain.
-  band_limiter_.Design(plan_.spx ? 0.0 : CodedBandEnd(plan_) * kBinHz);
+  band_limiter_.Design(plan_.spx ? 0.0 : CodedBandEnd(plan_) * ac3::kBinHz);
   drc_.Reset(config.drc_line_profile, config.drc_rf_profile, config.metadata.dialnorm);
   for (TransientDetector& t : transient_) t.Reset();
   std::memset(history_, 0, sizeof history_);

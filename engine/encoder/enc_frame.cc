@@ -217,11 +217,12 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   const int nfch = FbwChannels(acmod);
   const double per_channel = (kbps - (lfe ? 4.0 : 0.0)) / nfch;
   const int hz = BandwidthHz(per_channel);
-  // endmant = 73 + 3 * chbwcod bins of 93.75 Hz (A/52 section 7.1.3).
-  const int end = static_cast<int>(hz / 93.75);
-  plan.chbwcod = std::clamp((end - 73) / 3, 0, 60);
-  plan.tonal_chbwcod =
-      std::clamp((static_cast<int>(kTonalBandwidthShare * hz / 93.75) - 73) / 3, 0, plan.chbwcod);
+  // The bandwidth code whose band ends at or below bin `end` (see ac3::ChannelEndMant).
+  auto bandwidth_code = [](int end) { return std::clamp((end - 73) / 3, 0, 60); };
+  const int end = static_cast<int>(hz / ac3::kBinHz);
+  plan.chbwcod = bandwidth_code(end);
+  plan.tonal_chbwcod = std::min(
+      plan.chbwcod, bandwidth_code(static_cast<int>(kTonalBandwidthShare * hz / ac3::kBinHz)));
   const double bits_per_block = kbps * 32.0 / (nfch * kBlocks);
   plan.coarsen = bits_per_block >= 500 ? -1 : bits_per_block >= 250 ? 0 : bits_per_block >= 150 ? 1 : 2;
   // New exponent sets cost the mantissas more than they bring unless the spectrum really
@@ -258,13 +259,13 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
     // bandwidth does not change from frame to frame. At AC-3 2.0 192k, coding such frames up
     // to the rate's own bandwidth (19.5 kHz) graded the same (PEAQ mean of 14 items within
     // 0.01) but cost their attacks: worst pre-echo 11.2 dB over FFmpeg's against 5.3.
-    plan.chbwcod = std::min(plan.chbwcod, (CouplingEndMant(plan.cplendf) - 73) / 3);
+    plan.chbwcod = std::min(plan.chbwcod, bandwidth_code(CouplingEndMant(plan.cplendf)));
   }
   return plan;
 }
 
 int CodedBandEnd(const CodingPlan& plan) {
-  int end = 73 + 3 * plan.chbwcod;
+  int end = ac3::ChannelEndMant(plan.chbwcod);
   if (plan.coupling) {
     const int endf = std::max(plan.cplendf, plan.cplendf_alone);
     end = std::max(end, CouplingEndMant(endf));
@@ -653,7 +654,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
     if (!f->spxinu && f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);
   }
   auto uncoupled_end = [&](int c) {
-    return f->spxinu && f->chinspx[c] ? f->spx.begin : 73 + 3 * f->ch[c].chbwcod;
+    return f->spxinu && f->chinspx[c] ? f->spx.begin : ac3::ChannelEndMant(f->ch[c].chbwcod);
   };
   for (int c = 0; c < f->channels; ++c) {
     ChannelFrame& ch = f->ch[c];
