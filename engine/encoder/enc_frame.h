@@ -87,9 +87,15 @@ struct FrameData {
   // Whether the decoder fills each full-bandwidth channel's zero-bit bins with noise, per
   // block (see ChooseDither).
   bool dithflag[kMaxChannels][kBlocks] = {};
-  int fgaincod = 4;
+  int fgaincod = 4;      // fast gain code of the full-bandwidth and coupling channels
+  int lfe_fgaincod = 4;  // and of the LFE
   BitAllocParams ba;
   DrcFrameGains drc = {};
+
+  // The fast gain code of coded channel c (the coupling channel at index `channels`).
+  int FastGainCode(int c) const { return c < channels && ch[c].lfe ? lfe_fgaincod : fgaincod; }
+  // Whether any channel's fast gain code differs from the default that needs no codes.
+  bool SendsFastGainCodes() const { return fgaincod != 4 || lfe_fgaincod != 4; }
 
   // The delta of coded channel c (the coupling channel at index `channels`) in block b, or
   // nullptr for the LFE.
@@ -132,7 +138,8 @@ struct CodingPlan {
   int chbwcod = 60;
   int coarsen = 0;           // exponent grouping bias, see ChooseStrategies
   float reuse_threshold = 1; // mean exponent change that forces a new set
-  int fgaincod = 4;          // fast gain code of every channel
+  int fgaincod = 4;          // fast gain code of the full-bandwidth and coupling channels
+  int lfe_fgaincod = 4;      // fast gain code of the LFE, see PlanForRate
   int dbpbcod = 2;           // dB per bit code of the masking model
   int frame_bits = 0;        // size of a frame
   bool coupling = false;     // couple the full-bandwidth channels (acmod 2..7)

@@ -61,11 +61,11 @@ bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
     bw->Put(f.BlockCoarseOffset(blk), 6);
     if (f.cplinu) {
       bw->Put(f.fsnroffst[f.channels], 4);  // cplfsnroffst
-      bw->Put(f.fgaincod, 3);               // cplfgaincod
+      bw->Put(f.FastGainCode(f.channels), 3);  // cplfgaincod
     }
     for (int c = 0; c < f.channels; ++c) {
       bw->Put(f.fsnroffst[c], 4);
-      bw->Put(f.fgaincod, 3);
+      bw->Put(f.FastGainCode(c), 3);
     }
   }
   if (f.cplinu) {

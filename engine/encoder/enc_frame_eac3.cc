@@ -22,7 +22,7 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
   bw->Put(1, 1);  // blkswe
   bw->Put(1, 1);  // dithflage
   bw->Put(!f.ba.IsDefault(), 1);  // bamode: else the default bit allocation parameters
-  bw->Put(f.fgaincod != 4, 1);  // frmfgaincode: fast gain codes in every block, else all 4
+  bw->Put(f.SendsFastGainCodes(), 1);  // frmfgaincode: blocks may send fast gain codes, else all 4
   bw->Put(f.uses_delta_allocation, 1);  // dbaflde
   bw->Put(0, 1);  // skipflde
   bw->Put(0, 1);  // spxattene
@@ -125,10 +125,13 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
     bw->Put(blk == 0, 1);  // baie: the parameters are sent in block 0 and kept
     if (blk == 0) WriteBitAllocParams(bw, f.ba);
   }
-  if (f.fgaincod != 4) {
-    bw->Put(1, 1);  // fgaincode: one code per channel follows
-    if (f.cplinu) bw->Put(f.fgaincod, 3);  // cplfgaincod
-    for (int c = 0; c < f.channels; ++c) bw->Put(f.fgaincod, 3);
+  if (f.SendsFastGainCodes()) {
+    // The codes are the same all frame: block 0 sends them, later blocks keep them.
+    bw->Put(blk == 0, 1);  // fgaincode
+    if (blk == 0) {
+      if (f.cplinu) bw->Put(f.FastGainCode(f.channels), 3);  // cplfgaincod
+      for (int c = 0; c < f.channels; ++c) bw->Put(f.FastGainCode(c), 3);
+    }
   }
   if (!dependent) bw->Put(0, 1);  // convsnroffste: independent substreams only
   if (f.cplinu) {
