@@ -27,6 +27,7 @@ END {
            "diff", "oursA", "ffmA", "diffA", "bw", "bwffm", "above", "abvff", "lfe", "lfeff", "lags"
     n = 0; sum_b = 0; sum_a = 0; sum_fb = 0; sum_fa = 0; better = 0; worse = ""; na = 0
     delete ours_pre; delete ffm_pre; worst_gap = -99; worst_at = "-"
+    above_ours = -999; above_ours_at = "-"; above_ffm = -999; above_ffm_at = "-"; lfe_off = ""; has_lfe = 0
     for (i = 1; i <= nitems[setting]; ++i) {
       item = items[setting, i]
       key = setting SUBSEP item
@@ -41,6 +42,10 @@ END {
         printf "%-30s ours %s; ffmpeg %s\n", "  pairs basic/advanced", pairs[key, "ours"],
                pairs[key, "ffmpeg"]
       ++n; sum_b += ob; sum_a += oa; sum_fb += fb; sum_fa += fa
+      if (above[key, "ours"] + 0 > above_ours) { above_ours = above[key, "ours"] + 0; above_ours_at = item }
+      if (above[key, "ffmpeg"] + 0 > above_ffm) { above_ffm = above[key, "ffmpeg"] + 0; above_ffm_at = item }
+      if (lfe[key, "ours"] != "-") has_lfe = 1
+      if (lfe[key, "ours"] != "-" && lfe[key, "ours"] != 0) lfe_off = lfe_off " " item ":" lfe[key, "ours"]
       if (ob > fb) ++better
       if (ob < fb - 0.2 || oa < fa - 0.2) worse = worse " " item
       no = split(attacks[key, "ours"], ao, ","); nf = split(attacks[key, "ffmpeg"], af, ",")
@@ -56,6 +61,10 @@ END {
            sum_b / n, sum_fb / n, (sum_b - sum_fb) / n, sum_a / n, sum_fa / n, (sum_a - sum_fa) / n
     printf "items where ours grades higher (basic): %d/%d; more than 0.2 below FFmpeg:%s\n", better, n,
            worse == "" ? " none" : worse
+    printf "above the coded band, worst (dB over the original): ours %.1f (%s), ffmpeg %.1f (%s)\n",
+           above_ours, above_ours_at, above_ffm, above_ffm_at
+    if (has_lfe)
+      printf "LFE lag after the reported delay:%s\n", lfe_off == "" ? " 0 on every item" : lfe_off
     if (na > 0)
       printf "pre-echo over %d attacks (dB): median ours %.1f ffmpeg %.1f; p90 ours %.1f ffmpeg %.1f; worst ours-ffmpeg %+.1f at %s\n",
              na, percentile(ours_pre, na, 0.5), percentile(ffm_pre, na, 0.5),
