@@ -94,8 +94,9 @@ struct FrameData {
 
   // The fast gain code of coded channel c (the coupling channel at index `channels`).
   int FastGainCode(int c) const { return c < channels && ch[c].lfe ? lfe_fgaincod : fgaincod; }
-  // Whether any channel's fast gain code differs from the default that needs no codes.
-  bool SendsFastGainCodes() const { return fgaincod != 4 || lfe_fgaincod != 4; }
+  // Whether any channel of this frame has a fast gain code other than the default, 4, which
+  // needs no codes (a dependent substream carries no LFE).
+  bool SendsFastGainCodes() const { return fgaincod != 4 || (lfe && lfe_fgaincod != 4); }
 
   // The delta of coded channel c (the coupling channel at index `channels`) in block b, or
   // nullptr for the LFE.
