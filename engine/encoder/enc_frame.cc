@@ -614,6 +614,28 @@ bool AnyBlockAroundAttack(const FrameData& f) {
   return std::any_of(f.around_attack, f.around_attack + kBlocks, [](bool b) { return b; });
 }
 
+// Ends the frame's coded band where the programme's content ends (ContentEdgeTracker), when
+// that is below the rate's band: the channels' bandwidth codes and the coupling range, which
+// is left out when the content ends below it. PEAQ, ours minus FFmpeg, basic / advanced, at
+// AC-3 2.0 128k: an orchestral recording ending at 9.7 kHz +0.32 / +0.17, electronic and game
+// music +0.06 and +0.05, nothing else moved; 192k: orchestral +0.07. Streams with spectral
+// extension keep their layout: its range is rebuilt from the band below, and an empty range
+// is cheap there.
+void LimitBandToContent(const CodingPlan& plan, FrameData* f) {
+  const float* coefs[kMaxCplChannels * kBlocks];
+  for (int c = 0; c < f->nfch; ++c)
+    for (int b = 0; b < kBlocks; ++b) coefs[c * kBlocks + b] = f->ch[c].coef[b];
+  const int content_end = f->content_edge.Update(coefs, f->nfch, kBlocks);
+  // The narrowest bandwidth code (endmant 73 + 3 * code) and coupling end whose bands still
+  // reach content_end.
+  const int code = std::clamp((content_end - 73 + 2) / 3, 0, 60);
+  for (int c = 0; c < f->nfch; ++c) f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, code);
+  if (!f->cplinu) return;
+  const int endf = std::min(plan.cplendf, (content_end - 37 + 11) / 12 - 3);
+  if (endf + 3 <= plan.cplbegf) f->cplinu = false;
+  else if (endf < plan.cplendf) MakeCouplingLayout(plan.cplbegf, endf, &f->cpl);
+}
+
 // True when no coupled channel has any coefficient in the coupling range in this frame.
 bool CoupledBandSilent(const FrameData& f) {
   for (int c = 0; c < f.nfch; ++c)
@@ -661,6 +683,7 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
       else MdctLong(x, ch.coef[b]);
     }
   }
+  if (!plan.spx) LimitBandToContent(plan, f);
   if (f->spxinu) {
     ChooseExtendedChannels(plan, f);
     if (!f->spxinu && f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);

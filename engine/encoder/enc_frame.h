@@ -10,6 +10,7 @@
 #include "bit_writer.h"
 #include "enc_bit_allocation.h"
 #include "enc_config.h"
+#include "enc_content_edge.h"
 #include "enc_coupling.h"
 #include "enc_drc.h"
 #include "enc_exponents.h"
@@ -64,6 +65,8 @@ struct FrameData {
   // Whether each channel's extended range has held stable partials lately (see
   // ChooseExtendedChannels); carried from frame to frame.
   SpxTonalityTracker spx_tonality[kMaxCplChannels];
+  // Where the programme's spectrum ends (see LimitBandToContent); carried from frame to frame.
+  ContentEdgeTracker content_edge;
   // Per run of blocks (indexed by its first block) and channel: the original's energy in each
   // band of the extended range, which the coordinates must restore.
   double spx_target[kBlocks][kMaxCplChannels][kMaxSpxSubbands] = {};
