@@ -4,11 +4,13 @@
 // and carry nothing; the coded band can end where the content does.
 //
 // Per frame, the content ends after the highest bin whose power, in any channel and block,
-// comes within kRangeDb of the frame's strongest bin. The edge the coder uses is the highest
-// of the last kHoldFrames frames': the band widens at once when content reaches higher, and
-// narrows only after a second without it, so that it does not flap with every frame's
-// spectrum. Silent frames say nothing: they leave the edge where it was and do not count
-// towards the second.
+// comes within kRangeDb of the frame's strongest bin. 60 dB cut the top of a game soundtrack
+// (PEAQ -0.15 at AC-3 2.0 128k and 192k); 80 dB took an orchestral recording's noise floor
+// above its band for content and lost 0.14 of the 0.32 that narrowing gains it.
+// The edge the coder uses is the highest of the last kHoldFrames frames': the band widens at
+// once when content reaches higher, and narrows only after a second without it, so that it
+// does not flap with every frame's spectrum. Silent frames say nothing: they leave the edge
+// where it was and do not count towards the second.
 #ifndef DDPI_ENGINE_ENCODER_ENC_CONTENT_EDGE_H
 #define DDPI_ENGINE_ENCODER_ENC_CONTENT_EDGE_H
 
