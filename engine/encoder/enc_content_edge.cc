@@ -5,15 +5,23 @@
 
 namespace ddpi::enc {
 
-int ContentEdgeTracker::Update(const float* const* coef, int channels, int blocks) {
-  float power[kBins] = {};
-  for (int i = 0; i < channels * blocks; ++i)
-    for (int k = 0; k < kBins; ++k) power[k] = std::max(power[k], coef[i][k] * coef[i][k]);
-  const float strongest = *std::max_element(power, power + kBins);
-  if (strongest > 0) {
-    const float floor = strongest * static_cast<float>(std::pow(10.0, -kRangeDb / 10));
-    int edge = kBins;
-    while (power[edge - 1] <= floor) --edge;
+float ContentFloor(const float* const* coef, int count) {
+  float strongest = 0;
+  for (int i = 0; i < count; ++i)
+    for (int k = 0; k < ContentEdgeTracker::kBins; ++k)
+      strongest = std::max(strongest, coef[i][k] * coef[i][k]);
+  return strongest * static_cast<float>(std::pow(10.0, -ContentEdgeTracker::kRangeDb / 10));
+}
+
+int ContentEdgeTracker::Update(const float* const* coef, int blocks, float floor) {
+  if (floor > 0) {
+    int edge = 0;
+    for (int b = 0; b < blocks; ++b)
+      for (int k = kBins; k > edge; --k)
+        if (coef[b][k - 1] * coef[b][k - 1] > floor) {
+          edge = k;
+          break;
+        }
     edges_[next_] = edge;
     next_ = (next_ + 1) % kHoldFrames;
     seen_ = std::min(seen_ + 1, kHoldFrames);

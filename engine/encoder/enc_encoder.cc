@@ -40,7 +40,7 @@ void Encoder::Configure(const EncoderConfig& config) {
   frame_.snr_index = 0;
   std::fill(frame_.last_block_short, frame_.last_block_short + kMaxCplChannels, false);
   for (SpxTonalityTracker& t : frame_.spx_tonality) t.Reset();
-  frame_.content_edge.Reset();
+  for (ContentEdgeTracker& t : frame_.content_edge) t.Reset();
 }
 
 void ConditionSlot(const float* in, float* out, InputReport* report) {

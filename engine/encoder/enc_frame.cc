@@ -614,31 +614,62 @@ bool AnyBlockAroundAttack(const FrameData& f) {
   return std::any_of(f.around_attack, f.around_attack + kBlocks, [](bool b) { return b; });
 }
 
-// The bin after the programme's content, from this frame and the last second's (see
-// ContentEdgeTracker).
-int UpdateContentEnd(FrameData* f) {
+// Updates each full-bandwidth channel's content end (see ContentEdgeTracker); returns the
+// programme's, the highest of them.
+int UpdateContentEnds(FrameData* f) {
   const float* coefs[kMaxCplChannels * kBlocks];
   for (int c = 0; c < f->nfch; ++c)
     for (int b = 0; b < kBlocks; ++b) coefs[c * kBlocks + b] = f->ch[c].coef[b];
-  return f->content_edge.Update(coefs, f->nfch, kBlocks);
+  const float floor = ContentFloor(coefs, f->nfch * kBlocks);
+  int programme_end = 0;
+  for (int c = 0; c < f->nfch; ++c) {
+    f->content_end[c] = f->content_edge[c].Update(coefs + c * kBlocks, kBlocks, floor);
+    programme_end = std::max(programme_end, f->content_end[c]);
+  }
+  return programme_end;
 }
 
-// Ends the coded band of a frame without spectral extension where the programme's content
-// ends, when that is below the rate's band: the channels' bandwidth codes and the coupling
-// range, which is left out when the content ends below it. A frame of a stream with the
-// extension whose content ends below the extended range goes without it: there is nothing to
-// rebuild, and its coordinates and the band under them cost as much as elsewhere. PEAQ, ours
-// minus FFmpeg, basic / advanced: AC-3 2.0 128k +0.21 / +0.11 -> +0.24 / +0.12 (an orchestral
-// recording ending at 9.7 kHz +0.32 / +0.17, electronic and game music +0.06 / +0.05), 192k
-// +0.04 / +0.09 -> +0.05 / +0.10; at E-AC-3 2.0 128k the orchestral recording +0.36 / +0.19,
-// at 96k +0.09 / +0.11; nothing else moved.
-void LimitBandToContent(const CodingPlan& plan, int content_end, FrameData* f) {
-  // The narrowest bandwidth code (endmant 73 + 3 * code) and coupling end whose bands still
-  // reach content_end.
-  const int code = std::clamp((content_end - 73 + 2) / 3, 0, 60);
-  for (int c = 0; c < f->nfch; ++c) f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, code);
+// The narrowest bandwidth code (endmant 73 + 3 * code) whose band still reaches bin `end`.
+int BandwidthCodeReaching(int end) { return std::clamp((end - 73 + 2) / 3, 0, 60); }
+
+// Coded bands end where the content does, when that is below the rate's band:
+//  - a frame without spectral extension: each channel's bandwidth code, and the coupling range
+//    at the programme's end (left out when the programme ends below it);
+//  - a frame with it whose programme ends below the extended range goes without it: there is
+//    nothing to rebuild, and the coordinates and the band under them cost as much as
+//    elsewhere; in an uncoupled frame, a channel whose own content ends below the range leaves
+//    the extension.
+// PEAQ, ours minus FFmpeg, basic / advanced: AC-3 2.0 128k +0.21 / +0.11 -> +0.24 / +0.12
+// (an orchestral recording ending at 9.7 kHz +0.32 / +0.17, electronic and game music +0.06 /
+// +0.05), 192k +0.04 / +0.09 -> +0.05 / +0.10; E-AC-3 2.0 128k +0.32 / +0.11 -> +0.36 / +0.13;
+// per channel, AC-3 5.1 448k +0.19 / +0.37 -> +0.21 / +0.41 and 384k +0.25 / +0.32 -> +0.28 /
+// +0.40 (a film mix whose fronts end at 9.7 kHz +0.07 / +0.04 and +0.09 / +0.07, a tonal mix
+// up to +0.26 advanced, a rock mix -0.02 to -0.05), E-AC-3 5.1 within 0.01 (film +0.05 at
+// 256k). Channel ends against each channel's own strongest bin instead of the programme's cost
+// the orchestral recording 0.05 at 2.0 128k.
+void LimitBandToContent(const CodingPlan& plan, int programme_end, FrameData* f) {
+  if (f->spxinu && programme_end <= f->spx.begin) {
+    f->spxinu = false;
+    if (f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);
+  }
+  if (f->spxinu) {
+    if (f->cplinu) return;  // coupled channels all take part (see ChooseExtendedChannels)
+    bool any = false;
+    for (int c = 0; c < f->nfch; ++c) {
+      if (f->chinspx[c] && f->content_end[c] <= f->spx.begin) {
+        f->chinspx[c] = false;
+        f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, BandwidthCodeReaching(f->content_end[c]));
+      }
+      any |= f->chinspx[c];
+    }
+    f->spxinu = any;
+    return;
+  }
+  for (int c = 0; c < f->nfch; ++c)
+    f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, BandwidthCodeReaching(f->content_end[c]));
   if (!f->cplinu) return;
-  const int endf = std::min(plan.cplendf_alone, (content_end - 37 + 11) / 12 - 3);
+  // The narrowest coupling end whose range still reaches the programme's end.
+  const int endf = std::min(plan.cplendf_alone, (programme_end - 37 + 11) / 12 - 3);
   if (endf + 3 <= plan.cplbegf) f->cplinu = false;
   else if (endf < plan.cplendf_alone) MakeCouplingLayout(plan.cplbegf, endf, &f->cpl);
 }
@@ -690,13 +721,12 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
       else MdctLong(x, ch.coef[b]);
     }
   }
-  const int content_end = UpdateContentEnd(f);
+  const int programme_end = UpdateContentEnds(f);
   if (f->spxinu) {
     ChooseExtendedChannels(plan, f);
-    if (content_end <= f->spx.begin) f->spxinu = false;
     if (!f->spxinu && f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);
   }
-  if (!f->spxinu) LimitBandToContent(plan, content_end, f);
+  LimitBandToContent(plan, programme_end, f);
   auto uncoupled_end = [&](int c) {
     return f->spxinu && f->chinspx[c] ? f->spx.begin : ac3::ChannelEndMant(f->ch[c].chbwcod);
   };

@@ -65,8 +65,10 @@ struct FrameData {
   // Whether each channel's extended range has held stable partials lately (see
   // ChooseExtendedChannels); carried from frame to frame.
   SpxTonalityTracker spx_tonality[kMaxCplChannels];
-  // Where the programme's spectrum ends (see LimitBandToContent); carried from frame to frame.
-  ContentEdgeTracker content_edge;
+  // Where each full-bandwidth channel's spectrum ends (see LimitBandToContent), carried from
+  // frame to frame; and this frame's held ends.
+  ContentEdgeTracker content_edge[kMaxCplChannels];
+  int content_end[kMaxCplChannels] = {};
   // Per run of blocks (indexed by its first block) and channel: the original's energy in each
   // band of the extended range, which the coordinates must restore.
   double spx_target[kBlocks][kMaxCplChannels][kMaxSpxSubbands] = {};

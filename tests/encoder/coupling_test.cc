@@ -214,4 +214,37 @@ TEST(CodedBand, EndsWithTheContentAndWidensWithIt) {
   }
 }
 
+// Each channel's band ends with its own content: a 3/2 mix whose fronts end at 9 kHz while its
+// centre and surrounds reach 20 kHz, at AC-3 448k (coupled from 4.6 kHz) and E-AC-3 256k
+// (extended from above 9 kHz, where the fronts leave the extension). Every channel keeps its
+// content up to its top, and the wide ones their upper band.
+TEST(CodedBand, EachChannelEndsWithItsOwnContent) {
+  constexpr size_t kSamples = 96000;
+  const std::vector<int> slots = {0, 1, 2, 4, 5};
+  ddtest::Planar input;
+  for (int slot : slots) {
+    std::vector<float> x = ddtest::PinkNoise(kSamples, 0.1, 51 + slot);
+    if (slot < 2) x = ddtest::LowPass(x, 9000);
+    input.channels.push_back(x);
+  }
+  for (const Case& c : {Case{false, 7, false, 448}, Case{true, 7, false, 256}}) {
+    const EncodeResult enc = Encode(c, input, slots);
+    ASSERT_EQ(enc.error, 0);
+    const ddtest::DecodeResult dec = ddtest::DecodeBytes(enc.stream, c.eac3 ? "ec3" : "ac3");
+    ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
+    ASSERT_EQ(dec.channels, 5);
+    for (size_t i = 0; i < slots.size(); ++i) {
+      const std::vector<float>& in = input.channels[i];
+      std::vector<float> out(dec.audio.channels[i].begin() + enc.delay,
+                             dec.audio.channels[i].begin() + enc.delay + kSamples);
+      EXPECT_NEAR(ddtest::BandEnergyRatioDb(in, out, 6000, 8500), 0.0, 1.0)
+          << "eac3 " << c.eac3 << " slot " << slots[i];
+      if (slots[i] >= 2) {
+        EXPECT_NEAR(ddtest::BandEnergyRatioDb(in, out, 12000, 16000), 0.0, 2.0)
+            << "eac3 " << c.eac3 << " slot " << slots[i];
+      }
+    }
+  }
+}
+
 }  // namespace
