@@ -632,39 +632,40 @@ int UpdateContentEnds(FrameData* f) {
 // The narrowest bandwidth code (endmant 73 + 3 * code) whose band still reaches bin `end`.
 int BandwidthCodeReaching(int end) { return std::clamp((end - 73 + 2) / 3, 0, 60); }
 
-// Coded bands end where the content does, when that is below the rate's band:
-//  - a frame without spectral extension: each channel's bandwidth code, and the coupling range
-//    at the programme's end (left out when the programme ends below it);
-//  - a frame with it whose programme ends below the extended range goes without it: there is
-//    nothing to rebuild, and the coordinates and the band under them cost as much as
-//    elsewhere; in an uncoupled frame, a channel whose own content ends below the range leaves
-//    the extension.
-// PEAQ, ours minus FFmpeg, basic / advanced: AC-3 2.0 128k +0.21 / +0.11 -> +0.24 / +0.12
-// (an orchestral recording ending at 9.7 kHz +0.32 / +0.17, electronic and game music +0.06 /
-// +0.05), 192k +0.04 / +0.09 -> +0.05 / +0.10; E-AC-3 2.0 128k +0.32 / +0.11 -> +0.36 / +0.13;
-// per channel, AC-3 5.1 448k +0.19 / +0.37 -> +0.21 / +0.41 and 384k +0.25 / +0.32 -> +0.28 /
-// +0.40 (a film mix whose fronts end at 9.7 kHz +0.07 / +0.04 and +0.09 / +0.07, a tonal mix
-// up to +0.26 advanced, a rock mix -0.02 to -0.05), E-AC-3 5.1 within 0.01 (film +0.05 at
-// 256k). Channel ends against each channel's own strongest bin instead of the programme's cost
-// the orchestral recording 0.05 at 2.0 128k.
-void LimitBandToContent(const CodingPlan& plan, int programme_end, FrameData* f) {
-  if (f->spxinu && programme_end <= f->spx.begin) {
+// Coded bands end where the content does (see ContentEdgeTracker), when that is below the
+// rate's band. PEAQ, ours minus FFmpeg, basic / advanced: AC-3 2.0 128k +0.21 / +0.11 -> +0.24
+// / +0.12 (an orchestral recording ending at 9.7 kHz +0.32 / +0.17, electronic and game music
+// +0.06 / +0.05), 192k +0.04 / +0.09 -> +0.05 / +0.10; E-AC-3 2.0 128k +0.32 / +0.11 -> +0.36 /
+// +0.13; per channel, AC-3 5.1 448k +0.19 / +0.37 -> +0.21 / +0.41 and 384k +0.25 / +0.32 ->
+// +0.28 / +0.40 (a film mix whose fronts end at 9.7 kHz +0.07 / +0.04 and +0.09 / +0.07, a
+// tonal mix up to +0.26 advanced, a rock mix -0.02 to -0.05), E-AC-3 5.1 within 0.01 (film
+// +0.05 at 256k). Channel ends against each channel's own strongest bin instead of the
+// programme's cost the orchestral recording 0.05 at 2.0 128k.
+
+// A frame whose programme ends below the extended range goes without the extension: there is
+// nothing to rebuild, and the coordinates and the band under them cost as much as elsewhere.
+// In an uncoupled frame, a channel whose own content ends below the range leaves it (coupled
+// channels all take part, see ChooseExtendedChannels).
+void LeaveExtensionWithoutContent(int programme_end, FrameData* f) {
+  if (programme_end <= f->spx.begin) {
     f->spxinu = false;
-    if (f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);
-  }
-  if (f->spxinu) {
-    if (f->cplinu) return;  // coupled channels all take part (see ChooseExtendedChannels)
-    bool any = false;
-    for (int c = 0; c < f->nfch; ++c) {
-      if (f->chinspx[c] && f->content_end[c] <= f->spx.begin) {
-        f->chinspx[c] = false;
-        f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, BandwidthCodeReaching(f->content_end[c]));
-      }
-      any |= f->chinspx[c];
-    }
-    f->spxinu = any;
     return;
   }
+  if (f->cplinu) return;
+  bool any = false;
+  for (int c = 0; c < f->nfch; ++c) {
+    if (f->chinspx[c] && f->content_end[c] <= f->spx.begin) {
+      f->chinspx[c] = false;
+      f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, BandwidthCodeReaching(f->content_end[c]));
+    }
+    any |= f->chinspx[c];
+  }
+  f->spxinu = any;
+}
+
+// In a frame without the extension, each channel's bandwidth code ends with its content and
+// the coupling range with the programme's (left out when the programme ends below it).
+void EndBandsWithContent(const CodingPlan& plan, int programme_end, FrameData* f) {
   for (int c = 0; c < f->nfch; ++c)
     f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, BandwidthCodeReaching(f->content_end[c]));
   if (!f->cplinu) return;
@@ -724,9 +725,10 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
   const int programme_end = UpdateContentEnds(f);
   if (f->spxinu) {
     ChooseExtendedChannels(plan, f);
+    if (f->spxinu) LeaveExtensionWithoutContent(programme_end, f);
     if (!f->spxinu && f->cplinu) MakeCouplingLayout(plan.cplbegf, plan.cplendf_alone, &f->cpl);
   }
-  LimitBandToContent(plan, programme_end, f);
+  if (!f->spxinu) EndBandsWithContent(plan, programme_end, f);
   auto uncoupled_end = [&](int c) {
     return f->spxinu && f->chinspx[c] ? f->spx.begin : ac3::ChannelEndMant(f->ch[c].chbwcod);
   };

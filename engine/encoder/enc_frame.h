@@ -65,7 +65,7 @@ struct FrameData {
   // Whether each channel's extended range has held stable partials lately (see
   // ChooseExtendedChannels); carried from frame to frame.
   SpxTonalityTracker spx_tonality[kMaxCplChannels];
-  // Where each full-bandwidth channel's spectrum ends (see LimitBandToContent), carried from
+  // Where each full-bandwidth channel's spectrum ends (see EndBandsWithContent), carried from
   // frame to frame; and this frame's held ends.
   ContentEdgeTracker content_edge[kMaxCplChannels];
   int content_end[kMaxCplChannels] = {};
