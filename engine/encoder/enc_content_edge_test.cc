@@ -49,7 +49,8 @@ TEST(ContentEdge, WidensAtOnceAndNarrowsOnlyAfterTheHold) {
   ContentEdgeTracker t;
   EXPECT_EQ(Feed(&t, Channel(100, 0.5f)), 100);
   EXPECT_EQ(Feed(&t, Channel(180, 0.5f)), 180);
-  for (int i = 1; i < ContentEdgeTracker::kHoldFrames; ++i) EXPECT_EQ(Feed(&t, Channel(90, 0.5f)), 180);
+  for (int i = 1; i < ContentEdgeTracker::kHoldFrames; ++i)
+    EXPECT_EQ(Feed(&t, Channel(90, 0.5f)), 180);
   EXPECT_EQ(Feed(&t, Channel(90, 0.5f)), 90);
 }
 
@@ -57,7 +58,8 @@ TEST(ContentEdge, ASilentProgrammeLeavesTheEdgeWhereItWas) {
   ContentEdgeTracker t;
   EXPECT_EQ(Feed(&t, Channel(0, 0.0f)), kBins);  // nothing heard yet: no limit
   EXPECT_EQ(Feed(&t, Channel(120, 0.5f)), 120);
-  for (int i = 0; i < 3 * ContentEdgeTracker::kHoldFrames; ++i) EXPECT_EQ(Feed(&t, Channel(0, 0.0f)), 120);
+  for (int i = 0; i < 3 * ContentEdgeTracker::kHoldFrames; ++i)
+    EXPECT_EQ(Feed(&t, Channel(0, 0.0f)), 120);
 }
 
 }  // namespace

@@ -780,7 +780,9 @@ void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
       else if (cpl)
         ComputeMasking(ch.exp[b], ch.start, ch.end, f->FastGainCode(c), f->ba, &ch.masking[b],
                        f->cplfleak, f->cplsleak, delta);
-      else ComputeMasking(ch.exp[b], 0, ch.end, f->FastGainCode(c), f->ba, &ch.masking[b], 0, 0, delta);
+      else
+        ComputeMasking(ch.exp[b], 0, ch.end, f->FastGainCode(c), f->ba, &ch.masking[b], 0, 0,
+                       delta);
     }
   }
 }

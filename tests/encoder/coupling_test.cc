@@ -207,8 +207,9 @@ TEST(CodedBand, EndsWithTheContentAndWidensWithIt) {
           << "eac3 " << c.eac3 << " channel " << ch;
       // The first 200 ms of the wide part, from its second frame on.
       const size_t from = kNarrow + 3072, to = kNarrow + 9600;
-      EXPECT_NEAR(ddtest::BandEnergyRatioDb(slice(in, from, to), slice(out, from, to), 12000, 16000),
-                  0.0, 2.0)
+      EXPECT_NEAR(
+          ddtest::BandEnergyRatioDb(slice(in, from, to), slice(out, from, to), 12000, 16000),
+          0.0, 2.0)
           << "eac3 " << c.eac3 << " channel " << ch;
     }
   }
