@@ -20,6 +20,11 @@ constexpr int kLfeEndMant = 7;
 constexpr double kBinHz = 93.75;
 // First bin past an uncoupled channel's band for its bandwidth code (A/52 section 7.1.3).
 constexpr int ChannelEndMant(int chbwcod) { return 73 + 3 * chbwcod; }
+// The narrowest bandwidth code whose band still reaches bin `end` (code 0 for ends below it).
+constexpr int BandwidthCodeReaching(int end) {
+  const int code = (end - 73 + 2) / 3;
+  return code < 0 ? 0 : code > 60 ? 60 : code;
+}
 
 // Number of full-bandwidth channels per acmod (Table 5.8).
 extern const uint8_t kFbwChannels[8];

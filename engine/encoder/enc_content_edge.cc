@@ -4,13 +4,19 @@
 #include <cmath>
 
 namespace ddpi::enc {
+namespace {
+
+// kRangeDb as a power ratio.
+const float kRangePower = static_cast<float>(std::pow(10.0, -ContentEdgeTracker::kRangeDb / 10));
+
+}  // namespace
 
 float ContentFloor(const float* const* coef, int count) {
   float strongest = 0;
   for (int i = 0; i < count; ++i)
     for (int k = 0; k < ContentEdgeTracker::kBins; ++k)
       strongest = std::max(strongest, coef[i][k] * coef[i][k]);
-  return strongest * static_cast<float>(std::pow(10.0, -ContentEdgeTracker::kRangeDb / 10));
+  return strongest * kRangePower;
 }
 
 int ContentEdgeTracker::Update(const float* const* coef, int blocks, float floor) {

@@ -30,6 +30,9 @@ struct CouplingLayout {
 
 // cplendmant: the bin where a coupling range ending with code endf stops.
 constexpr int CouplingEndMant(int endf) { return 37 + 12 * (endf + 3); }
+// The narrowest coupling end code whose range still reaches bin `end`; not limited to the
+// syntax's range (below 0 when `end` lies under the lowest possible end).
+constexpr int CouplingEndCodeReaching(int end) { return (end - 37 + 11) / 12 - 3; }
 
 // Fills a layout for sub-bands [begf, endf + 3): bands of 12 bins below bin 133, of 24 above.
 // Returns false if the range is empty or out of the syntax's bounds.

@@ -9,6 +9,7 @@
 #include "enc_frame_eac3.h"
 
 namespace ddpi::enc {
+
 void Encoder::Configure(const EncoderConfig& config) {
   config_ = config;
   plan_ = PlanForRate(config.kbps, config.acmod, config.lfe, config.eac3);

@@ -629,9 +629,6 @@ int UpdateContentEnds(FrameData* f) {
   return programme_end;
 }
 
-// The narrowest bandwidth code (endmant 73 + 3 * code) whose band still reaches bin `end`.
-int BandwidthCodeReaching(int end) { return std::clamp((end - 73 + 2) / 3, 0, 60); }
-
 // Coded bands end where the content does (see ContentEdgeTracker), when that is below the
 // rate's band. PEAQ, ours minus FFmpeg, basic / advanced: AC-3 2.0 128k +0.21 / +0.11 -> +0.24
 // / +0.12 (an orchestral recording ending at 9.7 kHz +0.32 / +0.17, electronic and game music
@@ -656,7 +653,8 @@ void LeaveExtensionWithoutContent(int programme_end, FrameData* f) {
   for (int c = 0; c < f->nfch; ++c) {
     if (f->chinspx[c] && f->content_end[c] <= f->spx.begin) {
       f->chinspx[c] = false;
-      f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, BandwidthCodeReaching(f->content_end[c]));
+      const int code = ac3::BandwidthCodeReaching(f->content_end[c]);
+      f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, code);
     }
     any |= f->chinspx[c];
   }
@@ -667,10 +665,9 @@ void LeaveExtensionWithoutContent(int programme_end, FrameData* f) {
 // the coupling range with the programme's (left out when the programme ends below it).
 void EndBandsWithContent(const CodingPlan& plan, int programme_end, FrameData* f) {
   for (int c = 0; c < f->nfch; ++c)
-    f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, BandwidthCodeReaching(f->content_end[c]));
+    f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, ac3::BandwidthCodeReaching(f->content_end[c]));
   if (!f->cplinu) return;
-  // The narrowest coupling end whose range still reaches the programme's end.
-  const int endf = std::min(plan.cplendf_alone, (programme_end - 37 + 11) / 12 - 3);
+  const int endf = std::min(plan.cplendf_alone, CouplingEndCodeReaching(programme_end));
   if (endf + 3 <= plan.cplbegf) f->cplinu = false;
   else if (endf < plan.cplendf_alone) MakeCouplingLayout(plan.cplbegf, endf, &f->cpl);
 }
