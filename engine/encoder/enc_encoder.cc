@@ -40,6 +40,7 @@ void Encoder::Configure(const EncoderConfig& config) {
   frame_.channels = nfch + (config.lfe ? 1 : 0);
   frame_.snr_index = 0;
   std::fill(frame_.last_block_short, frame_.last_block_short + kMaxCplChannels, false);
+  std::fill(frame_.last_block_exposed, frame_.last_block_exposed + kMaxCplChannels, false);
   for (SpxTonalityTracker& t : frame_.spx_tonality) t.Reset();
   for (ContentEdgeTracker& t : frame_.content_edge) t.Reset();
 }
@@ -109,16 +110,21 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
     filtered[c] = highpassed_[c];
   }
   TransientDetector::HighPassChannels(detectors, fresh, filtered, frame_.nfch, kFrameInput);
-  for (int c = 0; c < frame_.channels; ++c)
-    for (int b = 0; b < kBlocks; ++b)
-      short_blocks_[c][b] =
-          c < frame_.nfch && transient_[c].DetectFiltered(highpassed_[c] + b * 256, fresh[c] + b * 256);
+  for (int c = 0; c < frame_.channels; ++c) {
+    for (int b = 0; b < kBlocks; ++b) {
+      BlockAttack& attack = attacks_[c][b];
+      attack = BlockAttack();
+      if (c >= frame_.nfch) continue;
+      attack.present = transient_[c].DetectFiltered(highpassed_[c] + b * 256, fresh[c] + b * 256);
+      attack.rise = transient_[c].rise();
+    }
+  }
 
   // Channels with an attack in this frame are band-limited before the transform.
   if (band_limiter_.active()) {
     for (int c = 0; c < frame_.nfch; ++c) {
       bool any_short = false;
-      for (int b = 0; b < kBlocks; ++b) any_short |= short_blocks_[c][b];
+      for (int b = 0; b < kBlocks; ++b) any_short |= attacks_[c][b].present;
       if (any_short) BandLimitFrame(c);
     }
   }
@@ -132,7 +138,7 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
 
   const float* input[kMaxChannels];
   for (int c = 0; c < frame_.channels; ++c) input[c] = history_[c];
-  AnalyzeFrame(input, short_blocks_, plan_, &frame_);
+  AnalyzeFrame(input, attacks_, plan_, &frame_);
   const bool ok = config_.eac3 ? EncodeEac3Frame(config_, &frame_, &packer_, out)
                                : EncodeAc3Frame(config_, &frame_, &packer_, out);
   return ok ? config_.kbps * 4 : 0;

@@ -66,7 +66,7 @@ class Encoder {
   float unused_[kFrameInput];
   float history_[kMaxChannels][kHistory + kFrameInput];
   float highpassed_[kMaxChannels][kFrameInput];  // transient detection's filtered input
-  bool short_blocks_[kMaxChannels][kBlocks];
+  BlockAttack attacks_[kMaxChannels][kBlocks];
   FrameData frame_;
   MantissaPacker packer_;
 };

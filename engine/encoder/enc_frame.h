@@ -25,12 +25,19 @@ constexpr int kMaxChannels = 6;       // five full-bandwidth channels and LFE
 constexpr int kHistory = 256;         // samples of the previous frame each transform needs
 constexpr int kFrameInput = 1536;
 
+// What transient detection found in one block of a channel (see TransientDetector).
+struct BlockAttack {
+  bool present = false;  // the block switches to short transforms
+  float rise = 0;        // how far the attack rises above what came before (TransientDetector::rise)
+};
+
 struct ChannelFrame {
   int start = 0;     // first coded bin: cplstrtmant for the coupling channel, else 0
   int end = 0;       // coded bins (endmant), 7 for LFE, cplstrtmant for coupled channels
   int chbwcod = 0;   // bandwidth code (full-bandwidth channels)
   bool lfe = false;
   bool blksw[kBlocks] = {};
+  bool exposed_attack[kBlocks] = {};  // an attack that nothing before it masks (MarkAttackBlocks)
   ExpStrategy strategy[kBlocks] = {};
   float coef[kBlocks][256];
   uint8_t exp[kBlocks][256];
@@ -83,7 +90,9 @@ struct FrameData {
   // Extra SNR index of each block over the frame's (whole coarse steps of 3 dB): blocks
   // around an attack get finer quantization where the stream can say so.
   int snr_boost[kBlocks] = {};
-  bool last_block_short[kMaxCplChannels] = {};  // each channel's block 5 of the previous frame
+  // Each channel's block 5 of the previous frame: short, and holding an exposed attack.
+  bool last_block_short[kMaxCplChannels] = {};
+  bool last_block_exposed[kMaxCplChannels] = {};
   // Delta bit allocation of each block: the full-bandwidth channels', then the coupling
   // channel's at index nfch (the LFE has none); and those in effect after the previous frame,
   // which the next frame's block 0 starts from (see WriteDeltaAllocation).
@@ -183,9 +192,9 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);
 int CodedBandEnd(const CodingPlan& plan);
 
 // Transforms, exponents and masking of one frame. `input[c]` points at kHistory + 1536
-// samples of coded channel c (bitstream order, LFE last); `short_blocks[c][b]` says which
-// blocks use the short transforms.
-void AnalyzeFrame(const float* const* input, const bool short_blocks[][kBlocks],
+// samples of coded channel c (bitstream order, LFE last); `attacks[c][b]` says which blocks
+// hold an attack and use the short transforms.
+void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks],
                   const CodingPlan& plan, FrameData* frame);
 
 // Largest SNR offset whose mantissas fit `budget_bits`, those of blocks 0 and 1 also fitting

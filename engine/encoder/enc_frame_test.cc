@@ -23,6 +23,11 @@ float Noise(uint32_t* seed) {
   return static_cast<float>((*seed >> 8) / 16777216.0 - 0.5);
 }
 
+// An attack far above what came before it (a clap after a pause), and one that rises only a
+// few times over ringing content (a pluck).
+constexpr BlockAttack kExposedAttack = {true, 100.0f};
+constexpr BlockAttack kMaskedAttack = {true, 3.0f};
+
 // An empty frame of the full-bandwidth channels of `acmod`, without LFE.
 std::unique_ptr<FrameData> NewFrame(int acmod) {
   auto f = std::make_unique<FrameData>();
@@ -111,9 +116,9 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
       input[c * (kHistory + kFrameInput) + n] = n < kHistory + 512 ? 0.8f * noise : 1e-4f * noise;
     }
   const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
-  bool short_blocks[kMaxChannels][kBlocks] = {};
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
   const CodingPlan plan = PlanForRate(192, 2, false);
-  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  AnalyzeFrame(channels, attacks, plan, f.get());
 
   auto early_bits = [&] {
     int bits = 0;
@@ -144,8 +149,8 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
   uint32_t seed = 7;
   for (float& x : input) x = 0.3f * Noise(&seed);
   const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
-  bool short_blocks[kMaxChannels][kBlocks] = {};
-  short_blocks[0][2] = true;
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
+  attacks[0][2] = kExposedAttack;
   CodingPlan plan = PlanForRate(256, 2, false);
   ASSERT_FALSE(plan.coupling);
   const int budget = 6000;
@@ -159,7 +164,7 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
     plan.attack_boost = boost;
     f->snr_index = 0;
     std::fill(f->last_block_short, f->last_block_short + kMaxCplChannels, false);
-    AnalyzeFrame(channels, short_blocks, plan, f.get());
+    AnalyzeFrame(channels, attacks, plan, f.get());
     ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
     int total = 0;
     for (int b = 0; b < kBlocks; ++b) total += bits[b] = block_bits(b);
@@ -181,15 +186,23 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
   }
   EXPECT_EQ(f->BlockCoarseOffset(2), f->csnroffst + 2);
 
-  std::fill(&short_blocks[0][0], &short_blocks[0][0] + kBlocks, false);
-  short_blocks[1][5] = true;
-  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  std::fill(&attacks[0][0], &attacks[0][0] + kBlocks, BlockAttack());
+  attacks[1][5] = kExposedAttack;
+  AnalyzeFrame(channels, attacks, plan, f.get());
   EXPECT_EQ(f->snr_boost[4], 0);
   EXPECT_EQ(f->snr_boost[5], 32);
-  short_blocks[1][5] = false;
-  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  attacks[1][5] = BlockAttack();
+  AnalyzeFrame(channels, attacks, plan, f.get());
   EXPECT_EQ(f->snr_boost[0], 32);
   EXPECT_EQ(f->snr_boost[1], 0);
+
+  // An attack heard against the content before it switches to short transforms but takes no
+  // bits from the rest of the frame.
+  attacks[0][2] = kMaskedAttack;
+  AnalyzeFrame(channels, attacks, plan, f.get());
+  EXPECT_TRUE(f->ch[0].blksw[2]);
+  EXPECT_TRUE(f->around_attack[2] && f->around_attack[3]);
+  for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], 0) << "block " << b;
 }
 
 // The blocks around an attack get coordinates of their own that rebuild a quarter of the
@@ -200,11 +213,11 @@ TEST(Frame, SpectralExtensionRebuildsAQuarterAroundAnAttack) {
   uint32_t seed = 3;
   for (float& x : input) x = 0.3f * Noise(&seed);
   const float* channels[1] = {input.data()};
-  bool short_blocks[kMaxChannels][kBlocks] = {};
-  short_blocks[0][2] = true;
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
+  attacks[0][2] = kExposedAttack;
   const CodingPlan plan = PlanForRate(48, 1, false, true);
   ASSERT_TRUE(plan.spx);
-  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  AnalyzeFrame(channels, attacks, plan, f.get());
   ASSERT_TRUE(f->spxinu && f->chinspx[0]);
   // Block 2 is short, block 3 takes the attack into its long transform.
   const bool new_set[kBlocks] = {true, false, true, true, true, false};
@@ -230,10 +243,10 @@ TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {
   uint32_t seed = 3;
   for (int n = 0; n < kLength; ++n) input[n] = 0.3f * Noise(&seed);  // channel 1 stays silent
   const float* channels[2] = {&input[0], &input[kLength]};
-  bool short_blocks[kMaxChannels][kBlocks] = {};
-  short_blocks[0][4] = true;
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
+  attacks[0][4] = kExposedAttack;
   const CodingPlan plan = PlanForRate(128, 2, false);
-  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  AnalyzeFrame(channels, attacks, plan, f.get());
   ASSERT_TRUE(AllocateFrame(1500, 1500, true, f.get()));
   for (int b = 0; b < kBlocks; ++b) {
     EXPECT_EQ(f->dithflag[0][b], b < 4) << "block " << b;
@@ -259,9 +272,9 @@ TEST(Frame, CoupledChannelsDitherForTheirCoupledBand) {
     input[kLength + n] = input[n];
   }
   const float* channels[2] = {&input[0], &input[kLength]};
-  bool short_blocks[kMaxChannels][kBlocks] = {};
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
   const CodingPlan plan = PlanForRate(128, 2, false);
-  AnalyzeFrame(channels, short_blocks, plan, f.get());
+  AnalyzeFrame(channels, attacks, plan, f.get());
   ASSERT_TRUE(f->cplinu && f->chincpl[0] && f->chincpl[1]);
   ASSERT_TRUE(AllocateFrame(1500, 1500, true, f.get()));
   for (int c = 0; c < 2; ++c)
@@ -290,8 +303,8 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
           input[c * kLength + n] = same && c == 1 ? 0.5f * input[n] : 0.3f * noise;
         }
       const float* channels[2] = {&input[0], &input[kLength]};
-      bool short_blocks[kMaxChannels][kBlocks] = {};
-      AnalyzeFrame(channels, short_blocks, plan, f.get());
+      BlockAttack attacks[kMaxChannels][kBlocks] = {};
+      AnalyzeFrame(channels, attacks, plan, f.get());
       EXPECT_EQ(f->cplinu, same);
       // Coupled, the channels end where coupling starts; apart, each keeps its full band, with
       // its spectrum up to the top.
@@ -324,9 +337,9 @@ TEST(Frame, AttackFramesGoWithoutCouplingExceptInMultichannelAc3) {
       ASSERT_TRUE(plan.coupling);
       for (bool attack : {false, true}) {
         auto f = NewFrame(acmod);
-        bool short_blocks[kMaxChannels][kBlocks] = {};
-        short_blocks[1][3] = attack;
-        AnalyzeFrame(channels, short_blocks, plan, f.get());
+        BlockAttack attacks[kMaxChannels][kBlocks] = {};
+        attacks[1][3] = attack ? kExposedAttack : BlockAttack();
+        AnalyzeFrame(channels, attacks, plan, f.get());
         const bool keeps = acmod != 2 && !extension;
         EXPECT_EQ(f->cplinu, !attack || keeps)
             << "acmod " << acmod << (extension ? " E-AC-3" : " AC-3")
@@ -361,8 +374,8 @@ TEST(Frame, MultichannelCouplingChoosesItsChannels) {
       }
     const float* channels[6];
     for (int c = 0; c < 6; ++c) channels[c] = &input[c * kLength];
-    bool short_blocks[kMaxChannels][kBlocks] = {};
-    AnalyzeFrame(channels, short_blocks, plan, f.get());
+    BlockAttack attacks[kMaxChannels][kBlocks] = {};
+    AnalyzeFrame(channels, attacks, plan, f.get());
     EXPECT_EQ(f->cplinu, fronts_shared);
     for (int c = 0; c < 5; ++c) {
       const bool coupled = fronts_shared && c < 3;
@@ -389,8 +402,8 @@ TEST(Frame, PerChannelFineOffsetsFillTheFrame) {
     }
   const float* channels[5];
   for (int c = 0; c < 5; ++c) channels[c] = &input[c * kLength];
-  bool short_blocks[kMaxChannels][kBlocks] = {};
-  AnalyzeFrame(channels, short_blocks, PlanForRate(448, 7, false), f.get());
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
+  AnalyzeFrame(channels, attacks, PlanForRate(448, 7, false), f.get());
 
   auto used_bits = [&] {
     int bits = 0;

@@ -47,6 +47,7 @@ void TransientDetector::Reset() {
   s1_ = s2_ = 0;
   std::fill(quarters_before_, quarters_before_ + 8, 0.0f);
   std::fill(full_quarters_before_, full_quarters_before_ + 8, 0.0f);
+  rise_ = 0;
 }
 
 void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
@@ -95,15 +96,22 @@ bool TransientDetector::DetectFiltered(const float* filtered, const float* block
   Shift(full_quarter, full_quarters_before_, full_history);
 
   bool transient = false;
+  rise_ = 0;
   for (int level = 0; level < kLevels; ++level) {
     const int quarters = 4 >> level;  // 64-sample quarters per segment
     for (int s = 0; s < (1 << level); ++s) {
-      float peak = 0;
-      for (int q = s * quarters; q < (s + 1) * quarters; ++q) peak = std::max(peak, quarter[q]);
+      float peak = 0, full_peak = 0;
+      for (int q = s * quarters; q < (s + 1) * quarters; ++q) {
+        peak = std::max(peak, quarter[q]);
+        full_peak = std::max(full_peak, full_quarter[q]);
+      }
       const int first = s * quarters;
+      const float full_reference = ReferencePeak(full_history, first);
       if (peak > kSilence && peak * kThreshold[level] > ReferencePeak(history, first) &&
-          peak > ReferencePeak(full_history, first))
+          peak > full_reference) {
         transient = true;
+        rise_ = std::max(rise_, full_peak / std::max(full_reference, kSilence));
+      }
     }
   }
   return transient;

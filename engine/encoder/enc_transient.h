@@ -36,6 +36,12 @@ class TransientDetector {
                                float* const* out, int channels, int n);
   bool DetectFiltered(const float* filtered, const float* block);
 
+  // How far the last judged block's attack rises above what came before it: the peak of its
+  // loudest triggering segment over the full-band reference peak (after silence, over the
+  // silence threshold); 0 for a block without an attack. A pluck over ringing strings rises a few times, a clap or a
+  // castanet after a pause tens to hundreds of times.
+  float rise() const { return rise_; }
+
  private:
   static constexpr int kLevels = 3;
   static constexpr int kMaxInterleaved = 8;
@@ -46,6 +52,7 @@ class TransientDetector {
   // and full-band.
   float quarters_before_[8] = {};
   float full_quarters_before_[8] = {};
+  float rise_ = 0;
 };
 
 }  // namespace ddpi::enc

@@ -45,8 +45,13 @@ TEST(Transient, AttackAfterQuietSwitchesOnlyItsBlock) {
   float quiet[256], attack[256];
   for (int n = 0; n < 256; ++n) quiet[n] = 0.001f * std::sin(0.3f * n);
   for (int n = 0; n < 256; ++n) attack[n] = n < 180 ? quiet[n] : 0.8f * ((n % 2) ? 1.0f : -1.0f);
-  for (int b = 0; b < 4; ++b) EXPECT_FALSE(t.Detect(quiet));
+  for (int b = 0; b < 4; ++b) {
+    EXPECT_FALSE(t.Detect(quiet));
+    EXPECT_EQ(t.rise(), 0.0f);
+  }
   EXPECT_TRUE(t.Detect(attack));
+  // Measured from the silence threshold, as nothing audible came before it.
+  EXPECT_GT(t.rise(), 100.0f);
 }
 
 // A clap whose first rise falls at the end of the block before: the rise, though well above
@@ -68,7 +73,7 @@ TEST(Transient, AttackRisingJustBeforeItsBlockSwitches) {
 }
 
 // A high-band burst under a louder low tone stays on long blocks; the same burst rising above
-// the tone's peaks switches.
+// the tone's peaks switches, rising only a few times above them.
 TEST(Transient, HighBandBurstMustRiseAboveTheFullBand) {
   for (float burst : {0.1f, 0.8f}) {
     TransientDetector t;
@@ -85,6 +90,10 @@ TEST(Transient, HighBandBurstMustRiseAboveTheFullBand) {
       else switched = detected;
     }
     EXPECT_EQ(switched, burst > 0.5f) << burst;
+    if (switched) {
+      EXPECT_GT(t.rise(), 2.0f);
+      EXPECT_LT(t.rise(), 3.0f);
+    }
   }
 }
 
