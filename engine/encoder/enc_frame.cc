@@ -464,12 +464,12 @@ void ForEachSpxRun(const FrameData& f, Run run) {
 // An attack lands in the new half of a block that switches to short transforms; the next
 // block's long transform spans it too and spreads its quantization noise over the samples
 // before it. Where the attack is exposed (see kExposedAttackRise), both blocks get the
-// plan's attack boost, paid for by the frame's other blocks:
-// more SNR index for every channel (AC-3's coarse offset is shared), or the masking curves of
-// the channels that hold the attack lower by as many delta steps. Deltas go to the
-// full-bandwidth channels only: FFmpeg's decoder counts the coupling channel's segments from
-// the coupling range's first band, and segments counted from band 0 fail there, so until the
-// counting is settled the coupling channel's curve is left alone.
+// plan's attack boost, paid for by the frame's other blocks: more SNR index for every channel
+// (AC-3's coarse offset is shared), or the masking curves of the channels that hold the
+// attack lower by as many delta steps. Deltas go to the full-bandwidth channels only: FFmpeg's
+// decoder counts the coupling channel's segments from the coupling range's first band, and
+// segments counted from band 0 fail there, so until the counting is settled the coupling
+// channel's curve is left alone.
 void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
   const MaskDelta boosted = UniformMaskDelta(-plan.attack_boost / kBoostPerDeltaStep);
   const bool boost = plan.attack_boost > 0;

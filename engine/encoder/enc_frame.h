@@ -28,7 +28,7 @@ constexpr int kFrameInput = 1536;
 // What transient detection found in one block of a channel (see TransientDetector).
 struct BlockAttack {
   bool present = false;  // the block switches to short transforms
-  float rise = 0;        // how far the attack rises above what came before (TransientDetector::rise)
+  float rise = 0;        // how far it rises above what came before (TransientDetector::rise)
 };
 
 struct ChannelFrame {

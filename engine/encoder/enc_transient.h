@@ -36,10 +36,11 @@ class TransientDetector {
                                float* const* out, int channels, int n);
   bool DetectFiltered(const float* filtered, const float* block);
 
-  // How far the last judged block's attack rises above what came before it: the peak of its
-  // loudest triggering segment over the full-band reference peak (after silence, over the
-  // silence threshold); 0 for a block without an attack. A pluck over ringing strings rises a few times, a clap or a
-  // castanet after a pause tens to hundreds of times.
+  // How far the last judged block's attack rises above what came before it: over the segments
+  // that mark it, the largest ratio of the segment's full-band peak to the full-band peak of
+  // the 256 samples before it (after silence, to the silence threshold); 0 for a block
+  // without an attack. A pluck over ringing strings rises a few times, a clap or a castanet
+  // after a pause tens to hundreds of times.
   float rise() const { return rise_; }
 
  private:
