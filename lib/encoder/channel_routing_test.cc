@@ -22,7 +22,9 @@ std::vector<int> SlotSources(int configuration, bool lfe) {
     int source = -1;
     for (std::size_t i = 0; i < buffers.size(); ++i)
       if (slot == buffers[i]) source = static_cast<int>(i);
-    if (source < 0) EXPECT_EQ(slot, SilentFrame());
+    if (source < 0) {
+      EXPECT_EQ(slot, SilentFrame());
+    }
     sources.push_back(source);
   }
   return sources;

@@ -152,7 +152,9 @@ TEST_P(Conformance, DecodesAlignedOnItsOwnChannels) {
     // measured below it.
     const std::vector<float> in_band = band < 24000 ? ddtest::LowPass(in, band) : in;
     const std::vector<float> out_band = band < 24000 ? ddtest::LowPass(out, band) : out;
-    if (!is_lfe) EXPECT_EQ(ddtest::BestLag(in_band, out_band, 400), 0) << "channel " << i;
+    if (!is_lfe) {
+      EXPECT_EQ(ddtest::BestLag(in_band, out_band, 400), 0) << "channel " << i;
+    }
     // The LFE's 120 Hz low-pass is linear-phase and its delay is the other channels' own: its
     // 40 and 70 Hz tones keep their phase (a minimum-phase low-pass would lag by about 180
     // samples; coding noise at the lowest rates moves the phase by a few samples' worth: 6.2

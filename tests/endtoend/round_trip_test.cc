@@ -63,12 +63,16 @@ TEST_P(RoundTrip, EveryChannelComesBackInPlaceAndOnTime) {
     // The LFE channel's low-pass shifts the phase of its low tone; it is compared where it
     // matches best. Every other channel must match at lag 0.
     const int lag = slots[ch] == kSlotLfe ? BestLag(source, output, 480) : 0;
-    if (slots[ch] != kSlotLfe) EXPECT_EQ(BestLag(source, output, 2000), 0);
+    if (slots[ch] != kSlotLfe) {
+      EXPECT_EQ(BestLag(source, output, 2000), 0);
+    }
     const double own = NormalizedCorrelation(source, output, lag);
     EXPECT_GT(own, 0.8);
-    for (int other = 0; other < c.channels; ++other)
-      if (other != ch)
+    for (int other = 0; other < c.channels; ++other) {
+      if (other != ch) {
         EXPECT_LT(NormalizedCorrelation(input.channels[other], output, lag), own - 0.3);
+      }
+    }
   }
 }
 

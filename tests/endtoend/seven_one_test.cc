@@ -45,8 +45,11 @@ TEST(SevenOne, ConfigurationFileAskingForSevenOneEncodesAnEightChannelFile) {
     EXPECT_EQ(BestLag(input.channels[ch], output, 2000), 0);
     const double own = NormalizedCorrelation(input.channels[ch], output);
     EXPECT_GT(own, 0.8);
-    for (int other = 0; other < 8; ++other)
-      if (other != ch) EXPECT_LT(NormalizedCorrelation(input.channels[other], output), own - 0.3);
+    for (int other = 0; other < 8; ++other) {
+      if (other != ch) {
+        EXPECT_LT(NormalizedCorrelation(input.channels[other], output), own - 0.3);
+      }
+    }
   }
 }
 
