@@ -487,10 +487,10 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
       any_exposed |= exposed_in_block[c];
     }
     f->snr_boost[b] = boost && !plan.boost_by_delta && any_exposed ? plan.attack_boost : 0;
-    for (int i = 0; i <= kMaxCplChannels; ++i) {
-      const bool boosted_here = boost && plan.boost_by_delta && i < f->nfch && exposed_in_block[i];
-      f->dba[b][i] = boosted_here ? boosted : MaskDelta();
-    }
+    std::fill(f->dba[b], f->dba[b] + kMaxCplChannels + 1, MaskDelta());
+    if (boost && plan.boost_by_delta)
+      for (int c = 0; c < f->nfch; ++c)
+        if (exposed_in_block[c]) f->dba[b][c] = boosted;
   }
   for (int c = 0; c < f->nfch; ++c) {
     f->last_block_short[c] = f->ch[c].blksw[kBlocks - 1];
