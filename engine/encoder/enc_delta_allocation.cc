@@ -49,6 +49,19 @@ MaskDelta UniformMaskDelta(int step) {
   return d;
 }
 
+MaskDelta NegatedMaskDelta(const MaskDelta& a) {
+  MaskDelta d;
+  for (int band = 0; band < ac3::kBands; ++band) d.step[band] = static_cast<int8_t>(-a.step[band]);
+  return d;
+}
+
+MaskDelta CombinedMaskDelta(const MaskDelta& a, const MaskDelta& b) {
+  MaskDelta d;
+  for (int band = 0; band < ac3::kBands; ++band)
+    d.step[band] = static_cast<int8_t>(std::clamp(a.step[band] + b.step[band], -4, 4));
+  return d;
+}
+
 void ApplyMaskDelta(const MaskDelta& delta, int first, int end, int16_t* mask) {
   for (int band = first; band < end; ++band)
     mask[band] = static_cast<int16_t>(mask[band] + delta.step[band] * kStepUnit);

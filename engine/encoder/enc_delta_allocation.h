@@ -25,6 +25,11 @@ struct MaskDelta {
 // The same step over every band.
 MaskDelta UniformMaskDelta(int step);
 
+// The opposite steps.
+MaskDelta NegatedMaskDelta(const MaskDelta& a);
+// The steps of both, band by band, held within -4..+4.
+MaskDelta CombinedMaskDelta(const MaskDelta& a, const MaskDelta& b);
+
 // Adds the steps of bands [first, end) to a masking curve, as the decoder does.
 void ApplyMaskDelta(const MaskDelta& delta, int first, int end, int16_t* mask);
 

@@ -496,11 +496,7 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
     f->last_block_short[c] = f->ch[c].blksw[kBlocks - 1];
     f->last_block_exposed[c] = f->ch[c].exposed_attack[kBlocks - 1];
   }
-  f->uses_delta_allocation = false;
-  for (int i = 0; i <= f->nfch; ++i) {
-    f->uses_delta_allocation |= f->dba_carried[i].Any();
-    for (int b = 0; b < kBlocks; ++b) f->uses_delta_allocation |= f->dba[b][i].Any();
-  }
+  f->NoteDeltaAllocation();
 }
 
 // Prepares the spectral extension's coordinates of every extended channel: a new set in block
@@ -711,7 +707,61 @@ bool SameMaskingInputs(const FrameData& f, int c, int b) {
   return delta == nullptr || *delta == *f.DeltaOf(c, b - 1);
 }
 
+// The masking curves of coded channel c (or the coupling channel) in every block, as the
+// decoder derives them from the exponents and deltas. A block that reuses exponents and delta
+// has the masking of the block before it.
+void ComputeChannelMasking(FrameData* f, int c) {
+  ChannelFrame& ch = f->ch[c];
+  const bool cpl = c == f->channels;
+  for (int b = 0; b < kBlocks; ++b) {
+    const MaskDelta* delta = f->DeltaOf(c, b);
+    if (b > 0 && SameMaskingInputs(*f, c, b)) ch.masking[b] = ch.masking[b - 1];
+    else if (cpl)
+      ComputeMasking(ch.exp[b], ch.start, ch.end, f->FastGainCode(c), f->ba, &ch.masking[b],
+                     f->cplfleak, f->cplsleak, delta);
+    else
+      ComputeMasking(ch.exp[b], 0, ch.end, f->FastGainCode(c), f->ba, &ch.masking[b], 0, 0,
+                     delta);
+  }
+}
+
+// Adds the rematrixed pair's masking relief (RematrixMaskRelief) to the weaker channel's
+// deltas in every block and derives its masking again. A block whose delta would then need
+// more segments than the syntax carries keeps its delta without the relief.
+void RelieveRematrixedPair(FrameData* f) {
+  // The curves without the deltas they already carry (the attack boost).
+  int16_t plain[2][kBlocks][ac3::kBands];
+  const int16_t* masks[2][kBlocks];
+  for (int c = 0; c < 2; ++c)
+    for (int b = 0; b < kBlocks; ++b) {
+      std::copy(f->ch[c].masking[b].mask, f->ch[c].masking[b].mask + ac3::kBands, plain[c][b]);
+      ApplyMaskDelta(NegatedMaskDelta(f->dba[b][c]), 0, ac3::kBands, plain[c][b]);
+      masks[c][b] = plain[c][b];
+    }
+  MaskDelta relief[2];
+  RematrixMaskRelief(masks[0], masks[1], f->rematflg, kBlocks,
+                     std::min(f->ch[0].end, f->ch[1].end), relief);
+  for (int c = 0; c < 2; ++c) {
+    if (!relief[c].Any()) continue;
+    for (int b = 0; b < kBlocks; ++b) {
+      const MaskDelta combined = CombinedMaskDelta(f->dba[b][c], relief[c]);
+      DeltaSegments segments;
+      if (MakeDeltaSegments(combined, &segments)) f->dba[b][c] = combined;
+    }
+    ComputeChannelMasking(f, c);
+  }
+  f->NoteDeltaAllocation();
+}
+
 }  // namespace
+
+void FrameData::NoteDeltaAllocation() {
+  uses_delta_allocation = false;
+  for (int i = 0; i <= nfch; ++i) {
+    uses_delta_allocation |= dba_carried[i].Any();
+    for (int b = 0; b < kBlocks; ++b) uses_delta_allocation |= dba[b][i].Any();
+  }
+}
 
 void FrameData::CarryDeltaAllocation() {
   for (int c = 0; c < nfch; ++c) dba_carried[c] = dba[kBlocks - 1][c];
@@ -793,18 +843,9 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     const bool cpl = c == f->channels;
     if (cpl) ShareAndCodeCoupling(ch.exp, ch.strategy, ch.start, ch.end);
     else ShareAndCode(ch.exp, ch.strategy, kBlocks, ch.end);
-    // A block that reuses exponents and delta has the masking of the block before it.
-    for (int b = 0; b < kBlocks; ++b) {
-      const MaskDelta* delta = f->DeltaOf(c, b);
-      if (b > 0 && SameMaskingInputs(*f, c, b)) ch.masking[b] = ch.masking[b - 1];
-      else if (cpl)
-        ComputeMasking(ch.exp[b], ch.start, ch.end, f->FastGainCode(c), f->ba, &ch.masking[b],
-                       f->cplfleak, f->cplsleak, delta);
-      else
-        ComputeMasking(ch.exp[b], 0, ch.end, f->FastGainCode(c), f->ba, &ch.masking[b], 0, 0,
-                       delta);
-    }
+    ComputeChannelMasking(f, c);
   }
+  if (f->acmod == 2) RelieveRematrixedPair(f);
 }
 
 namespace {

@@ -131,6 +131,8 @@ struct FrameData {
   // Whether the frame says anything of delta bit allocation (E-AC-3's dbaflde), set with the
   // deltas by AnalyzeFrame.
   bool uses_delta_allocation = false;
+  // Sets uses_delta_allocation from the deltas.
+  void NoteDeltaAllocation();
   // Remembers the deltas in effect at the end of a frame that was written.
   void CarryDeltaAllocation();
   // Channels that take part in the bit allocation: the coded ones and the coupling channel.

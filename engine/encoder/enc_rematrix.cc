@@ -1,6 +1,9 @@
 #include "enc_rematrix.h"
 
 #include <algorithm>
+#include <cmath>
+
+#include "ac3_tables.h"
 
 namespace ddpi::enc {
 namespace {
@@ -8,7 +11,41 @@ namespace {
 // Band edges without coupling (A/52 Table 7.25); the last band runs to the channels' end.
 constexpr int kBandEdges[kRematrixBands + 1] = {13, 25, 37, 61, 253};
 
+// Groups of bins over which the relief is measured and given, on bit allocation band edges:
+// the rematrixing bands, the last split four ways, as a pair's balance moves with frequency.
+// Seven groups take at most seven segments of delta bit allocation.
+constexpr int kReliefGroupEdges[] = {13, 25, 37, 61, 97, 133, 181, 253};
+constexpr int kReliefGroups = sizeof kReliefGroupEdges / sizeof kReliefGroupEdges[0] - 1;
+constexpr int kMaxReliefSteps = 4;
+constexpr double kUnitsPerStep = 128;  // of the masking curve: 6 dB
+
 }  // namespace
+
+void RematrixMaskRelief(const int16_t* const* first, const int16_t* const* second,
+                        const uint8_t (*flags)[kRematrixBands], int blocks, int end,
+                        MaskDelta relief[2]) {
+  relief[0] = relief[1] = MaskDelta();
+  for (int g = 0; g < kReliefGroups; ++g) {
+    const int lo = kReliefGroupEdges[g], hi = std::min(kReliefGroupEdges[g + 1], end);
+    if (hi <= lo) break;
+    const int rematrix_band = RematrixBandOf(lo);
+    bool throughout = true;
+    for (int b = 0; b < blocks; ++b) throughout &= flags[b][rematrix_band] != 0;
+    if (!throughout) continue;
+    // Mean height of the first channel's curve over the second's.
+    const int first_band = ac3::kBinToBand[lo], end_band = ac3::kBinToBand[hi - 1] + 1;
+    double above = 0;
+    for (int b = 0; b < blocks; ++b)
+      for (int band = first_band; band < end_band; ++band)
+        above += first[b][band] - second[b][band];
+    above /= blocks * (end_band - first_band);
+    const int weaker = above > 0 ? 1 : 0;
+    const int steps = std::min(kMaxReliefSteps, static_cast<int>(std::fabs(above) / kUnitsPerStep));
+    if (steps == 0) continue;
+    for (int band = first_band; band < end_band; ++band)
+      relief[weaker].step[band] = static_cast<int8_t>(steps);
+  }
+}
 
 void RematrixBlock(float* left, float* right, int end, uint8_t flags[kRematrixBands]) {
   for (int band = 0; band < kRematrixBands; ++band) {
