@@ -20,6 +20,17 @@ struct AlignedFree {
 
 }  // namespace
 
+EncodeRequest StereoRequest(int mode, int kbps, const ddtest::Planar& input) {
+  EncodeRequest req;
+  req.mode = mode;
+  req.slots = ddtest::SlotsForLayout(2, false);
+  req.input = input;
+  req.params = {{DDPI_ENC_PARAM_DATARATE, kbps}, {DDPI_ENC_PARAM_ACMOD, 2},
+                {DDPI_ENC_PARAM_LFE, 0},         {DDPI_ENC_PARAM_DRC_LINE, 0},
+                {DDPI_ENC_PARAM_DRC_RF, 0}};
+  return req;
+}
+
 EncodeResult EncodeWithEngine(const EncodeRequest& request) {
   EncodeResult result;
   ddpi_enc_static_params_s setup{request.mode, DDPI_ENC_NUM_SLOTS};

@@ -28,6 +28,10 @@ struct EncodeResult {
   std::vector<std::string> messages;  // engine messages received
 };
 
+// A 2/0 request at `kbps` without LFE or dynamic range compression, the input's two channels
+// in the left and right slots.
+EncodeRequest StereoRequest(int mode, int kbps, const ddtest::Planar& input);
+
 // Encodes the whole input plus enough silent frames to flush delay and tail.
 EncodeResult EncodeWithEngine(const EncodeRequest& request);
 

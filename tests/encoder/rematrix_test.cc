@@ -49,14 +49,8 @@ TEST(Rematrix, PannedMonoSourceKeepsItsPanAndPrecision) {
   for (float& x : input.channels[1]) x *= kRightGain;
   for (const Setting& s : settings) {
     SCOPED_TRACE(std::string(s.format) + " at " + std::to_string(s.kbps));
-    ddenc_test::EncodeRequest req;
-    req.mode = s.mode;
-    req.slots = ddtest::SlotsForLayout(2, false);
-    req.input = input;
-    req.params = {{DDPI_ENC_PARAM_DATARATE, s.kbps}, {DDPI_ENC_PARAM_ACMOD, 2},
-                  {DDPI_ENC_PARAM_LFE, 0},           {DDPI_ENC_PARAM_DRC_LINE, 0},
-                  {DDPI_ENC_PARAM_DRC_RF, 0}};
-    const ddenc_test::EncodeResult enc = ddenc_test::EncodeWithEngine(req);
+    const ddenc_test::EncodeResult enc =
+        ddenc_test::EncodeWithEngine(ddenc_test::StereoRequest(s.mode, s.kbps, input));
     ASSERT_EQ(enc.error, 0);
     const ddtest::DecodeResult dec = ddtest::DecodeBytes(enc.stream, s.format);
     ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
