@@ -55,10 +55,12 @@ MaskDelta NegatedMaskDelta(const MaskDelta& a) {
   return d;
 }
 
-MaskDelta CombinedMaskDelta(const MaskDelta& a, const MaskDelta& b) {
-  MaskDelta d;
+MaskDelta FollowingMaskDelta(const MaskDelta& own, const MaskDelta& leader,
+                             const MaskDelta& lift) {
+  MaskDelta d = own;
   for (int band = 0; band < ac3::kBands; ++band)
-    d.step[band] = static_cast<int8_t>(std::clamp(a.step[band] + b.step[band], -4, 4));
+    if (lift.step[band] > 0)
+      d.step[band] = static_cast<int8_t>(std::clamp(leader.step[band] + lift.step[band], -4, 4));
   return d;
 }
 

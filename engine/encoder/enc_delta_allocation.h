@@ -27,8 +27,9 @@ MaskDelta UniformMaskDelta(int step);
 
 // The opposite steps.
 MaskDelta NegatedMaskDelta(const MaskDelta& a);
-// The steps of both, band by band, held within -4..+4.
-MaskDelta CombinedMaskDelta(const MaskDelta& a, const MaskDelta& b);
+// `own`'s steps, except in the bands where `lift` has a positive step: there `leader`'s step
+// plus `lift`'s, held within -4..+4.
+MaskDelta FollowingMaskDelta(const MaskDelta& own, const MaskDelta& leader, const MaskDelta& lift);
 
 // Adds the steps of bands [first, end) to a masking curve, as the decoder does.
 void ApplyMaskDelta(const MaskDelta& delta, int first, int end, int16_t* mask);

@@ -52,6 +52,23 @@ TEST(DeltaAllocation, MaskMovesBySixDecibelSteps) {
   EXPECT_EQ(mask[30], 128);
 }
 
+TEST(DeltaAllocation, FollowingTakesTheLeadersStepsWhereLifted) {
+  MaskDelta own, leader = UniformMaskDelta(-2), lift;
+  own.step[5] = 1;   // outside the lift: kept
+  own.step[20] = 3;  // inside it: replaced
+  for (int band = 13; band < 30; ++band) lift.step[band] = 2;
+  lift.step[29] = 4;  // -2 + 4 = 2
+  leader.step[28] = 4;  // 4 + 2, held at 4
+  const MaskDelta d = FollowingMaskDelta(own, leader, lift);
+  EXPECT_EQ(d.step[5], 1);
+  EXPECT_EQ(d.step[12], 0);
+  EXPECT_EQ(d.step[13], 0);
+  EXPECT_EQ(d.step[20], 0);
+  EXPECT_EQ(d.step[28], 4);
+  EXPECT_EQ(d.step[29], 2);
+  EXPECT_EQ(d.step[30], 0);
+}
+
 // deltbaie and each channel's deltbae, as a decoder reads them (no coupling).
 struct BlockModes {
   bool present = false;

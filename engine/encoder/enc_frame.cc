@@ -726,7 +726,9 @@ void ComputeChannelMasking(FrameData* f, int c) {
 }
 
 // Adds the rematrixed pair's masking relief (RematrixMaskRelief) to the weaker channel's
-// deltas in every block and derives its masking again. A block whose delta would then need
+// deltas in every block and derives its masking again. In the relieved bands the weaker
+// channel takes the stronger one's delta plus the relief, so that where the stronger's curve
+// is lowered around an attack, the weaker's follows it. A block whose delta would then need
 // more segments than the syntax carries keeps its delta without the relief.
 void RelieveRematrixedPair(FrameData* f) {
   // The curves without the deltas they already carry (the attack boost).
@@ -744,7 +746,7 @@ void RelieveRematrixedPair(FrameData* f) {
   for (int c = 0; c < 2; ++c) {
     if (!relief[c].Any()) continue;
     for (int b = 0; b < kBlocks; ++b) {
-      const MaskDelta combined = CombinedMaskDelta(f->dba[b][c], relief[c]);
+      const MaskDelta combined = FollowingMaskDelta(f->dba[b][c], f->dba[b][1 - c], relief[c]);
       DeltaSegments segments;
       if (MakeDeltaSegments(combined, &segments)) f->dba[b][c] = combined;
     }
