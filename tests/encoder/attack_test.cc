@@ -69,14 +69,10 @@ TEST(Attacks, NoiseAheadOfAnAttackStaysFarBelowIt) {
   }
   for (const Setting& s : settings) {
     SCOPED_TRACE(std::string(s.format) + " at " + std::to_string(s.kbps));
-    const ddenc_test::EncodeResult enc =
-        ddenc_test::EncodeWithEngine(ddenc_test::StereoRequest(s.mode, s.kbps, input));
-    ASSERT_EQ(enc.error, 0);
-    const ddtest::DecodeResult dec = ddtest::DecodeBytes(enc.stream, s.format);
-    ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
-    ASSERT_EQ(dec.audio.channels.size(), 2u);
-    ASSERT_GE(dec.audio.channels[0].size(), kSamples + enc.delay);
-    const std::vector<double> pre_echo = PreEchoDb(input, dec.audio, enc.delay);
+    const ddenc_test::StereoRoundTrip rt =
+        ddenc_test::RoundTripStereo(s.mode, s.kbps, input, s.format);
+    ASSERT_TRUE(rt.failure.empty()) << rt.failure;
+    const std::vector<double> pre_echo = PreEchoDb(input, rt.dec.audio, rt.enc.delay);
     const double worst = *std::max_element(pre_echo.begin(), pre_echo.end());
     std::printf("%s %d kbps: worst pre-echo %.1f dB over %zu attacks\n", s.format, s.kbps, worst,
                 pre_echo.size());

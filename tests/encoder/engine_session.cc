@@ -20,17 +20,6 @@ struct AlignedFree {
 
 }  // namespace
 
-EncodeRequest StereoRequest(int mode, int kbps, const ddtest::Planar& input) {
-  EncodeRequest req;
-  req.mode = mode;
-  req.slots = ddtest::SlotsForLayout(2, false);
-  req.input = input;
-  req.params = {{DDPI_ENC_PARAM_DATARATE, kbps}, {DDPI_ENC_PARAM_ACMOD, 2},
-                {DDPI_ENC_PARAM_LFE, 0},         {DDPI_ENC_PARAM_DRC_LINE, 0},
-                {DDPI_ENC_PARAM_DRC_RF, 0}};
-  return req;
-}
-
 EncodeResult EncodeWithEngine(const EncodeRequest& request) {
   EncodeResult result;
   ddpi_enc_static_params_s setup{request.mode, DDPI_ENC_NUM_SLOTS};
@@ -83,6 +72,29 @@ EncodeResult EncodeWithEngine(const EncodeRequest& request) {
 double WaveformBandHz(int kbps, int acmod, bool lfe, bool eac3) {
   const ddpi::enc::CodingPlan plan = ddpi::enc::PlanForRate(kbps, acmod, lfe, eac3);
   return plan.spx ? plan.spx_layout.begin * 93.75 : 24000;  // bins of 48000 / 512 Hz
+}
+
+StereoRoundTrip RoundTripStereo(int mode, int kbps, const ddtest::Planar& input,
+                                const std::string& extension) {
+  EncodeRequest req;
+  req.mode = mode;
+  req.slots = ddtest::SlotsForLayout(2, false);
+  req.input = input;
+  req.params = {{DDPI_ENC_PARAM_DATARATE, kbps}, {DDPI_ENC_PARAM_ACMOD, 2},
+                {DDPI_ENC_PARAM_LFE, 0},         {DDPI_ENC_PARAM_DRC_LINE, 0},
+                {DDPI_ENC_PARAM_DRC_RF, 0}};
+  StereoRoundTrip rt;
+  rt.enc = EncodeWithEngine(req);
+  if (rt.enc.error != 0) {
+    rt.failure = "engine error " + std::to_string(rt.enc.error);
+    return rt;
+  }
+  rt.dec = ddtest::DecodeBytes(rt.enc.stream, extension);
+  if (!rt.dec.Clean()) rt.failure = "decode: " + rt.dec.stderr_text;
+  else if (rt.dec.audio.channels.size() != 2) rt.failure = "decoded channels differ from 2";
+  else if (rt.dec.audio.channels[0].size() < input.channels[0].size() + rt.enc.delay)
+    rt.failure = "decoded stream shorter than the input after the delay";
+  return rt;
 }
 
 }  // namespace ddenc_test

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ddpi/ddpi_enc.h"
+#include "ffmpeg_tool.h"
 #include "planar.h"
 
 namespace ddenc_test {
@@ -28,9 +29,15 @@ struct EncodeResult {
   std::vector<std::string> messages;  // engine messages received
 };
 
-// A 2/0 request at `kbps` without LFE or dynamic range compression, the input's two channels
-// in the left and right slots.
-EncodeRequest StereoRequest(int mode, int kbps, const ddtest::Planar& input);
+// A 2/0 input encoded at `kbps` without LFE or dynamic range compression (the input's two
+// channels in the left and right slots) and decoded by FFmpeg with its checks.
+struct StereoRoundTrip {
+  std::string failure;  // empty when both went cleanly and every input sample came out
+  EncodeResult enc;
+  ddtest::DecodeResult dec;
+};
+StereoRoundTrip RoundTripStereo(int mode, int kbps, const ddtest::Planar& input,
+                                const std::string& extension);
 
 // Encodes the whole input plus enough silent frames to flush delay and tail.
 EncodeResult EncodeWithEngine(const EncodeRequest& request);
