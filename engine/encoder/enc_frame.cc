@@ -833,8 +833,13 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
   if (f->cplinu) CoupleFrame(f);
   if (f->acmod == 2) {
     // With coupling the rematrixing bands stop at cplstrtmant (section 7.5.2).
-    for (int b = 0; b < kBlocks; ++b)
-      RematrixBlock(f->ch[0].coef[b], f->ch[1].coef[b], f->ch[0].end, f->rematflg[b]);
+    float* left[kBlocks];
+    float* right[kBlocks];
+    for (int b = 0; b < kBlocks; ++b) {
+      left[b] = f->ch[0].coef[b];
+      right[b] = f->ch[1].coef[b];
+    }
+    RematrixFrame(left, right, kBlocks, f->ch[0].end, f->around_attack, f->rematflg);
   }
   const int n = f->AllocChannels();
   for (int c = 0; c < n; ++c)

@@ -17,6 +17,28 @@ constexpr int kBandEdges[kRematrixBands + 1] = {13, 25, 37, 61, 253};
 constexpr int kReliefGroupEdges[] = {13, 25, 37, 61, 97, 133, 181, 253};
 constexpr int kReliefGroups = sizeof kReliefGroupEdges / sizeof kReliefGroupEdges[0] - 1;
 constexpr int kMaxReliefSteps = 4;
+
+// Energies of left, right, their half sum and their half difference over a band.
+struct PairEnergies {
+  double left = 0, right = 0, sum = 0, difference = 0;
+  PairEnergies& operator+=(const PairEnergies& o) {
+    left += o.left, right += o.right, sum += o.sum, difference += o.difference;
+    return *this;
+  }
+  bool SumAndDifferencePay() const { return 4 * sum * difference < left * right; }
+};
+
+PairEnergies BandPairEnergies(const float* left, const float* right, int lo, int hi) {
+  PairEnergies e;
+  for (int i = lo; i < hi; ++i) {
+    const double s = 0.5 * (left[i] + right[i]), d = 0.5 * (left[i] - right[i]);
+    e.left += static_cast<double>(left[i]) * left[i];
+    e.right += static_cast<double>(right[i]) * right[i];
+    e.sum += s * s;
+    e.difference += d * d;
+  }
+  return e;
+}
 constexpr double kUnitsPerStep = 128;  // of the masking curve: 6 dB
 
 }  // namespace
@@ -47,26 +69,26 @@ void RematrixMaskRelief(const int16_t* const* first, const int16_t* const* secon
   }
 }
 
-void RematrixBlock(float* left, float* right, int end, uint8_t flags[kRematrixBands]) {
+void RematrixFrame(float* const* left, float* const* right, int blocks, int end,
+                   const bool* alone, uint8_t (*flags)[kRematrixBands]) {
   for (int band = 0; band < kRematrixBands; ++band) {
     const int lo = kBandEdges[band];
     const int hi = std::min(kBandEdges[band + 1], end);
-    double el = 0, er = 0, es = 0, ed = 0;
-    for (int i = lo; i < hi; ++i) {
-      const double s = 0.5 * (left[i] + right[i]);
-      const double d = 0.5 * (left[i] - right[i]);
-      el += left[i] * left[i];
-      er += right[i] * right[i];
-      es += s * s;
-      ed += d * d;
-    }
-    flags[band] = hi > lo && std::min(es, ed) < std::min(el, er);
-    if (!flags[band]) continue;
-    for (int i = lo; i < hi; ++i) {
-      const float s = 0.5f * (left[i] + right[i]);
-      const float d = 0.5f * (left[i] - right[i]);
-      left[i] = s;
-      right[i] = d;
+    PairEnergies frame;
+    for (int b = 0; b < blocks; ++b)
+      if (!alone[b]) frame += BandPairEnergies(left[b], right[b], lo, hi);
+    for (int b = 0; b < blocks; ++b) {
+      const bool pays = alone[b]
+                            ? BandPairEnergies(left[b], right[b], lo, hi).SumAndDifferencePay()
+                            : frame.SumAndDifferencePay();
+      flags[b][band] = hi > lo && pays;
+      if (!flags[b][band]) continue;
+      for (int i = lo; i < hi; ++i) {
+        const float s = 0.5f * (left[b][i] + right[b][i]);
+        const float d = 0.5f * (left[b][i] - right[b][i]);
+        left[b][i] = s;
+        right[b][i] = d;
+      }
     }
   }
 }

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <random>
+#include <vector>
 
 #include "ac3_tables.h"
 
@@ -34,6 +37,74 @@ struct PairFrame {
 };
 
 constexpr int kFirstRematrixedBand = 13;  // bin 13, 1.2 kHz
+
+// A frame of two channels' coefficients: each block's right channel is `gain` times its left,
+// plus independent noise of `spread` times the left's level.
+struct StereoFrame {
+  std::vector<float> left[kBlocks], right[kBlocks];
+  uint8_t flags[kBlocks][kRematrixBands] = {};
+
+  StereoFrame(const float gain[kBlocks], const float spread[kBlocks]) {
+    std::mt19937 rng(7);
+    std::normal_distribution<float> noise(0.0f, 0.1f);
+    for (int b = 0; b < kBlocks; ++b) {
+      left[b].resize(256);
+      right[b].resize(256);
+      for (int k = 0; k < 256; ++k) {
+        left[b][k] = noise(rng);
+        right[b][k] = gain[b] * left[b][k] + spread[b] * noise(rng);
+      }
+    }
+  }
+  void Rematrix(int end, const bool alone[kBlocks]) {
+    float* l[kBlocks];
+    float* r[kBlocks];
+    for (int b = 0; b < kBlocks; ++b) l[b] = left[b].data(), r[b] = right[b].data();
+    RematrixFrame(l, r, kBlocks, end, alone, flags);
+  }
+};
+
+TEST(Rematrix, SumAndDifferenceOnlyWhereTheyCompactThePair) {
+  const bool none[kBlocks] = {};
+  const float weaker[kBlocks] = {0.7f, 0.7f, 0.7f, 0.7f, 0.7f, 0.7f}, zero[kBlocks] = {};
+  const float panned[kBlocks] = {0.6f, 0.6f, 0.6f, 0.6f, 0.6f, 0.6f};
+  const float antiphase[kBlocks] = {-1, -1, -1, -1, -1, -1};
+  // Unrelated channels 3 dB apart: the sum and difference are both weaker than the weaker
+  // of left and right, but no further apart.
+  StereoFrame unrelated(zero, weaker);
+  unrelated.Rematrix(253, none);
+  // A source panned off centre, with a little of its own noise in the right channel, and one
+  // in antiphase.
+  StereoFrame mono(panned, std::vector<float>(kBlocks, 0.05f).data());
+  const float left_before = mono.left[2][40], right_before = mono.right[2][40];
+  mono.Rematrix(253, none);
+  StereoFrame inverted(antiphase, zero);
+  inverted.Rematrix(61, none);  // coded below bin 61: the last band stays as it is
+  for (int b = 0; b < kBlocks; ++b)
+    for (int band = 0; band < kRematrixBands; ++band) {
+      EXPECT_EQ(unrelated.flags[b][band], 0) << b << " " << band;
+      EXPECT_EQ(mono.flags[b][band], 1) << b << " " << band;
+      EXPECT_EQ(inverted.flags[b][band], band < 3 ? 1 : 0) << b << " " << band;
+    }
+  EXPECT_FLOAT_EQ(mono.left[2][40], 0.5f * (left_before + right_before));
+  EXPECT_FLOAT_EQ(mono.right[2][40], 0.5f * (left_before - right_before));
+  EXPECT_EQ(inverted.right[0][100], -inverted.left[0][100]);  // bin 100 left as it was
+}
+
+TEST(Rematrix, BlocksFollowTheFramesDecisionExceptAroundAnAttack) {
+  // Five blocks of a panned source and one whose channels are unrelated, 3 dB apart: that
+  // block alone would code left and right, but follows the frame, unless it decides alone.
+  const float gain[kBlocks] = {0.6f, 0.6f, 0, 0.6f, 0.6f, 0.6f};
+  const float spread[kBlocks] = {0, 0, 0.7f, 0, 0, 0};
+  StereoFrame together(gain, spread), apart(gain, spread);
+  const bool none[kBlocks] = {}, attack[kBlocks] = {false, false, true, false, false, false};
+  together.Rematrix(253, none);
+  apart.Rematrix(253, attack);
+  for (int b = 0; b < kBlocks; ++b) {
+    EXPECT_EQ(together.flags[b][3], 1) << b;
+    EXPECT_EQ(apart.flags[b][3], b == 2 ? 0 : 1) << b;
+  }
+}
 
 TEST(Rematrix, ReliefRaisesTheWeakerCurveInWholeStepsTowardsTheStronger) {
   MaskDelta relief[2];
