@@ -10,7 +10,6 @@ constexpr int kMaxSegments = 8;
 constexpr int kMaxDeltaChannels = 6;  // five full-bandwidth channels and the coupling channel
 constexpr int kMaxOffset = 31;
 constexpr int kMaxLength = 15;
-constexpr int kStepUnit = 128;  // 6 dB in the bit allocation's units
 
 int CodeOfStep(int step) { return step > 0 ? step + 3 : step + 4; }
 
@@ -66,7 +65,7 @@ MaskDelta FollowingMaskDelta(const MaskDelta& own, const MaskDelta& leader,
 
 void ApplyMaskDelta(const MaskDelta& delta, int first, int end, int16_t* mask) {
   for (int band = first; band < end; ++band)
-    mask[band] = static_cast<int16_t>(mask[band] + delta.step[band] * kStepUnit);
+    mask[band] = static_cast<int16_t>(mask[band] + delta.step[band] * kMaskStepUnits);
 }
 
 bool MakeDeltaSegments(const MaskDelta& delta, DeltaSegments* out) {

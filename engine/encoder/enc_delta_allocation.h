@@ -12,8 +12,11 @@
 
 namespace ddpi::enc {
 
-// Steps of one channel's masking curve in one block, per band: -4..+4 times 6 dB (128 in the
-// bit allocation's units); all 0 leaves the curve alone.
+// One step of a delta: 6 dB in the masking curve's units.
+constexpr int kMaskStepUnits = 128;
+
+// Steps of one channel's masking curve in one block, per band: -4..+4 times 6 dB
+// (kMaskStepUnits); all 0 leaves the curve alone.
 struct MaskDelta {
   int8_t step[ac3::kBands] = {};
 

@@ -39,7 +39,6 @@ PairEnergies BandPairEnergies(const float* left, const float* right, int lo, int
   }
   return e;
 }
-constexpr double kUnitsPerStep = 128;  // of the masking curve: 6 dB
 
 }  // namespace
 
@@ -62,7 +61,8 @@ void RematrixMaskRelief(const int16_t* const* first, const int16_t* const* secon
         above += first[b][band] - second[b][band];
     above /= blocks * (end_band - first_band);
     const int weaker = above > 0 ? 1 : 0;
-    const int steps = std::min(kMaxReliefSteps, static_cast<int>(std::fabs(above) / kUnitsPerStep));
+    const int steps =
+        std::min(kMaxReliefSteps, static_cast<int>(std::fabs(above) / kMaskStepUnits));
     if (steps == 0) continue;
     for (int band = first_band; band < end_band; ++band)
       relief[weaker].step[band] = static_cast<int8_t>(steps);

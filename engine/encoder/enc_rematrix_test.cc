@@ -13,7 +13,7 @@ namespace ddpi::enc {
 namespace {
 
 constexpr int kBlocks = 6;
-constexpr int kStep = 128;  // 6 dB of the masking curve
+constexpr int kStep = kMaskStepUnits;  // 6 dB of the masking curve
 
 // Two channels' masking curves over a frame, every band of channel 0 at `first` and of
 // channel 1 at `second`, with every rematrixing band flagged in every block.
