@@ -5,11 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/channel_layout.h>
-#include <libavutil/opt.h>
-}
+#include "libav_runtime.h"
 
 namespace ddpi::udc {
 namespace {
@@ -62,14 +58,16 @@ void QuantiseToInt32(const float* in, int count, int bits, std::int32_t* out) {
 SliceDecoder::~SliceDecoder() { Close(); }
 
 bool SliceDecoder::Open(bool eac3) {
-  const AVCodec* codec = avcodec_find_decoder(eac3 ? AV_CODEC_ID_EAC3 : AV_CODEC_ID_AC3);
+  av_ = Libav();
+  if (!av_) return false;
+  const AVCodec* codec = av_->avcodec_find_decoder(eac3 ? AV_CODEC_ID_EAC3 : AV_CODEC_ID_AC3);
   if (!codec) return false;
-  context_ = avcodec_alloc_context3(codec);
-  packet_ = av_packet_alloc();
-  frame_ = av_frame_alloc();
+  context_ = av_->avcodec_alloc_context3(codec);
+  packet_ = av_->av_packet_alloc();
+  frame_ = av_->av_frame_alloc();
   if (!context_ || !packet_ || !frame_) return false;
   context_->request_sample_fmt = AV_SAMPLE_FMT_FLTP;
-  if (avcodec_open2(context_, codec, nullptr) < 0) return false;
+  if (av_->avcodec_open2(context_, codec, nullptr) < 0) return false;
   eac3_ = eac3;
   applied_drc_scale_ = -1;
   applied_heavy_ = -1;
@@ -77,22 +75,23 @@ bool SliceDecoder::Open(bool eac3) {
 }
 
 void SliceDecoder::Close() {
-  avcodec_free_context(&context_);
-  av_packet_free(&packet_);
-  av_frame_free(&frame_);
-  av_free(packet_buffer_);
+  if (!av_) return;  // nothing was allocated
+  av_->avcodec_free_context(&context_);
+  av_->av_packet_free(&packet_);
+  av_->av_frame_free(&frame_);
+  av_->av_free(packet_buffer_);
   packet_buffer_ = nullptr;
   packet_capacity_ = 0;
 }
 
 void SliceDecoder::ApplySettings(const DecodeSettings& settings) {
   if (settings.drc_scale != applied_drc_scale_) {
-    av_opt_set_double(context_->priv_data, "drc_scale", settings.drc_scale, 0);
+    av_->av_opt_set_double(context_->priv_data, "drc_scale", settings.drc_scale, 0);
     applied_drc_scale_ = settings.drc_scale;
   }
   const int heavy = settings.heavy_compression ? 1 : 0;
   if (heavy != applied_heavy_) {
-    av_opt_set_int(context_->priv_data, "heavy_compr", heavy, 0);
+    av_->av_opt_set_int(context_->priv_data, "heavy_compr", heavy, 0);
     applied_heavy_ = heavy;
   }
 }
@@ -110,9 +109,10 @@ DecodeResult SliceDecoder::Decode(const std::uint8_t* data, std::size_t size, bo
   }
   ApplySettings(settings);
   if (packet_capacity_ < size) {
-    av_free(packet_buffer_);
+    av_->av_free(packet_buffer_);
     packet_capacity_ = size;
-    packet_buffer_ = static_cast<std::uint8_t*>(av_malloc(size + AV_INPUT_BUFFER_PADDING_SIZE));
+    packet_buffer_ =
+        static_cast<std::uint8_t*>(av_->av_malloc(size + AV_INPUT_BUFFER_PADDING_SIZE));
     if (!packet_buffer_) {
       packet_capacity_ = 0;
       return DecodeResult::kFailed;
@@ -122,11 +122,11 @@ DecodeResult SliceDecoder::Decode(const std::uint8_t* data, std::size_t size, bo
   std::memset(packet_buffer_ + size, 0, AV_INPUT_BUFFER_PADDING_SIZE);
   packet_->data = packet_buffer_;
   packet_->size = static_cast<int>(size);
-  const int sent = avcodec_send_packet(context_, packet_);
+  const int sent = av_->avcodec_send_packet(context_, packet_);
   packet_->data = nullptr;
   packet_->size = 0;
   if (sent < 0) return DecodeResult::kSkipped;
-  if (avcodec_receive_frame(context_, frame_) < 0) return DecodeResult::kSkipped;
+  if (av_->avcodec_receive_frame(context_, frame_) < 0) return DecodeResult::kSkipped;
 
   DecodeResult result = DecodeResult::kSkipped;
   if (frame_->format == AV_SAMPLE_FMT_FLTP && frame_->nb_samples > 0) {
@@ -136,7 +136,7 @@ DecodeResult SliceDecoder::Decode(const std::uint8_t* data, std::size_t size, bo
     output->samples = samples;
     output->channel_mask = 0;
     for (int index = 0; index < frame_->ch_layout.nb_channels; ++index) {
-      const int channel = av_channel_layout_channel_from_index(&frame_->ch_layout, index);
+      const int channel = av_->av_channel_layout_channel_from_index(&frame_->ch_layout, index);
       const int slot = dual_mono && index == 1 ? 1 : EngineSlotOf(channel, mask);
       if (slot < 0 || (output->channel_mask >> slot) & 1) continue;
       if (slot == kLfeSlot && !settings.output_lfe) continue;
@@ -146,9 +146,9 @@ DecodeResult SliceDecoder::Decode(const std::uint8_t* data, std::size_t size, bo
     }
     result = samples > 0 ? DecodeResult::kDecoded : DecodeResult::kSkipped;
   }
-  av_frame_unref(frame_);
+  av_->av_frame_unref(frame_);
   // The decoder gives one frame per packet; anything more would belong to no slice.
-  while (avcodec_receive_frame(context_, frame_) >= 0) av_frame_unref(frame_);
+  while (av_->avcodec_receive_frame(context_, frame_) >= 0) av_->av_frame_unref(frame_);
   return result;
 }
 

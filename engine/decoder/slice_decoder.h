@@ -13,6 +13,8 @@ struct AVFrame;
 
 namespace ddpi::udc {
 
+struct LibavApi;
+
 constexpr int kEngineChannels = 8;
 constexpr int kMaxSliceSamples = 1536;
 constexpr int kLfeSlot = 5;
@@ -51,6 +53,7 @@ class SliceDecoder {
   void Close();
   void ApplySettings(const DecodeSettings& settings);
 
+  const LibavApi* av_ = nullptr;  // set by Open
   AVCodecContext* context_ = nullptr;
   AVPacket* packet_ = nullptr;
   AVFrame* frame_ = nullptr;

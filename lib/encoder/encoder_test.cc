@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include "basalt/memory_recycler.h"
@@ -106,6 +108,20 @@ TEST_F(EncoderSession, AMapWithoutEnableLFEEncodesWithLFE) {
   for (int c : {0, 1, 2, 4, 5})
     EXPECT_GT(ddtest::NormalizedCorrelation(audio.channels[c], decoded.audio.channels[c]), 0.8)
         << c;
+}
+
+// The engine module loads libavcodec only for its decoder: an encode must not pay for loading
+// it (or need it installed). This binary opens no decoder, so nothing else could have loaded it.
+TEST_F(EncoderSession, EncodingLeavesTheDecodersLibrariesUnloaded) {
+  const ddtest::Planar audio = StereoProgramme(4 * kFrame);
+  ASSERT_FALSE(
+      Encode(Settings(kCodecMode_DolbyDigitalPlus, kAudioChannelConfiguration_Acmod_20, false),
+             audio, kFrame)
+          .empty());
+  std::ifstream maps("/proc/self/maps");
+  ASSERT_TRUE(maps.is_open());
+  std::string line;
+  while (std::getline(maps, line)) EXPECT_EQ(line.find("libavcodec"), std::string::npos) << line;
 }
 
 TEST_F(EncoderSession, LessThanAFrameGivesNoBytesYet) {
