@@ -6,6 +6,7 @@
 
 #include "ddpi/ddpi_export.h"
 #include "ddpi/ddpi_udc.h"
+#include "libav_runtime.h"
 #include "udc_instance.h"
 
 using ddpi::udc::UdcInstance;
@@ -54,6 +55,9 @@ DDPI_EXPORT int ddpi_udc_open(const ddpi_udc_query_ip* setup, void* instance_mem
   if (!IsValidSetup(setup) || !instance_memory || !instance) return DDPI_UDC_ERR_INVALID_PARAM;
   if (reinterpret_cast<std::uintptr_t>(instance_memory) % 32 != 0)
     return DDPI_UDC_ERR_MEMORY_NOT_ALIGNED;
+  // The signal decoding's libraries are loaded here, not with the engine; without them no
+  // decoder can run, so it is refused now rather than at the first time slice.
+  if (!ddpi::udc::Libav()) return DDPI_UDC_ERR_GENERIC;
   *instance = reinterpret_cast<ddpi_udc_handle>(new (instance_memory) UdcInstance());
   return DDPI_UDC_ERR_NO_ERROR;
 }
