@@ -93,7 +93,8 @@ void TimesliceAssembler::Scan() {
       }
     }
     FrameHeader header;
-    const HeaderStatus status = bitstream::ProbeHeader(buffer_ + position, fill_ - position, &header);
+    const HeaderStatus status =
+        bitstream::ProbeHeader(buffer_ + position, fill_ - position, &header);
     if (status == HeaderStatus::kNeedMoreBytes) return;
     if (status == HeaderStatus::kInvalid) {
       if (position == 0) {

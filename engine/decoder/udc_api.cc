@@ -27,7 +27,8 @@ bool IsValidSetup(const ddpi_udc_query_ip* setup) {
 
 int ReadInt32(const void* value, std::int32_t size, std::int32_t* out) {
   if (!value) return DDPI_UDC_ERR_INVALID_PARAM;
-  if (size != static_cast<std::int32_t>(sizeof(std::int32_t))) return DDPI_UDC_ERR_INVALID_PARAM_SIZE;
+  if (size != static_cast<std::int32_t>(sizeof(std::int32_t)))
+    return DDPI_UDC_ERR_INVALID_PARAM_SIZE;
   std::memcpy(out, value, sizeof *out);
   return DDPI_UDC_ERR_NO_ERROR;
 }

@@ -96,7 +96,8 @@ TEST(DeltaAllocation, BlocksSayOnlyWhatChanged) {
   MaskDelta state[kChannels];
   uint8_t buffer[64] = {};
   BitWriter bw(buffer, sizeof buffer);
-  for (int b = 0; b < 4; ++b) ASSERT_TRUE(WriteDeltaAllocation(&bw, blocks[b], state, kChannels, false, b == 0));
+  for (int b = 0; b < 4; ++b)
+    ASSERT_TRUE(WriteDeltaAllocation(&bw, blocks[b], state, kChannels, false, b == 0));
   EXPECT_EQ(state[0], none);
   BitReader r(buffer, sizeof buffer);
   EXPECT_FALSE(ReadModes(&r, kChannels).present);  // block 0: nothing, nothing before
@@ -114,7 +115,8 @@ TEST(DeltaAllocation, BlocksSayOnlyWhatChanged) {
   MaskDelta pair_state[kChannels];
   uint8_t pair[32] = {};
   BitWriter bw3(pair, sizeof pair);
-  for (int b = 0; b < 2; ++b) ASSERT_TRUE(WriteDeltaAllocation(&bw3, two[b], pair_state, kChannels, false, false));
+  for (int b = 0; b < 2; ++b)
+    ASSERT_TRUE(WriteDeltaAllocation(&bw3, two[b], pair_state, kChannels, false, false));
   BitReader r3(pair, sizeof pair);
   EXPECT_EQ(ReadModes(&r3, kChannels).mode[1], 1);
   const BlockModes second = ReadModes(&r3, kChannels);

@@ -154,7 +154,8 @@ void ChooseCoupling(double per_channel, int acmod, int end, CodingPlan* plan) {
   if (acmod == 2 && per_channel >= kStereoCouplingBottom && per_channel <= kStereoCouplingTop) {
     const double share = (per_channel - kStereoCouplingBottom) /
                          (kStereoCouplingTop - kStereoCouplingBottom);
-    plan->cplbegf = kStereoBegin + static_cast<int>(share * (kStereoBeginHigh - kStereoBegin) + 0.5);
+    plan->cplbegf =
+        kStereoBegin + static_cast<int>(share * (kStereoBeginHigh - kStereoBegin) + 0.5);
     plan->cplendf = kStereoEnd;
     plan->cplfit = 0.0f;
     plan->cpl_min_coherence = kStereoCoherence;
@@ -219,7 +220,8 @@ void ChooseSpectralExtension(double per_channel, int end, CodingPlan* plan) {
   plan->spx = true;
   plan->spx_layout = layout;
   const double middle = 0.5 * (layout.begin + layout.end) / layout.end;
-  plan->spx_blend = static_cast<int>(std::clamp(std::lround((middle - kSpxNoiseShare) * 32), 0L, 31L));
+  plan->spx_blend =
+      static_cast<int>(std::clamp(std::lround((middle - kSpxNoiseShare) * 32), 0L, 31L));
   plan->spx_run = kSpxRun;
 }
 
@@ -240,7 +242,10 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.tonal_chbwcod = std::min(
       plan.chbwcod, bandwidth_code(static_cast<int>(kTonalBandwidthShare * hz / ac3::kBinHz)));
   const double bits_per_block = kbps * 32.0 / (nfch * kBlocks);
-  plan.coarsen = bits_per_block >= 500 ? -1 : bits_per_block >= 250 ? 0 : bits_per_block >= 150 ? 1 : 2;
+  plan.coarsen = bits_per_block >= 500   ? -1
+                 : bits_per_block >= 250 ? 0
+                 : bits_per_block >= 150 ? 1
+                                         : 2;
   // New exponent sets cost the mantissas more than they bring unless the spectrum really
   // changes: a set is shared across blocks while the mean exponent change stays under 2 (3
   // below about 250 bits per channel and block). Measured with PEAQ on drums and rock at AC-3
@@ -277,7 +282,8 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
     // The coupling range then ends where the extension begins.
     plan.cplendf = (plan.spx_layout.begin - 37) / 12 - 3;
     plan.coupling = plan.cplbegf < plan.cplendf + 3;
-    plan.spx_yields_to_coupling = CouplingEndMant(plan.cplendf_alone) >= plan.spx_layout.end * 3 / 4;
+    plan.spx_yields_to_coupling =
+        CouplingEndMant(plan.cplendf_alone) >= plan.spx_layout.end * 3 / 4;
   } else if (plan.coupling) {
     // Channels end where the coupling range ends in frames that leave coupling too, so the
     // bandwidth does not change from frame to frame. At AC-3 2.0 192k, coding such frames up
@@ -818,7 +824,8 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
   if (f->cplinu) {
     // Nothing to share, or fewer than two channels alike enough to share it: the frame goes
     // without coupling. Channels left out keep their own mantissas up to their bandwidth.
-    f->cplinu = !(plan.attack_frames_uncoupled && AnyBlockAroundAttack(*f)) && !CoupledBandSilent(*f) &&
+    f->cplinu = !(plan.attack_frames_uncoupled && AnyBlockAroundAttack(*f)) &&
+                !CoupledBandSilent(*f) &&
                 ChooseCoupledChannels(*f, plan.cpl_min_coherence, f->chincpl);
     for (int c = 0; c < f->nfch; ++c) {
       if (f->cplinu && f->chincpl[c]) continue;
@@ -878,8 +885,10 @@ void ChannelCosts(const FrameData* f, int c, int t, uint64_t cost[kBlocks]) {
   static const AddressWeights weights;
   const ChannelFrame& ch = f->ch[c];
   for (int b = 0; b < kBlocks; ++b) {
-    const bool same = b > 0 && SameMaskingInputs(*f, c, b) && f->snr_boost[b] == f->snr_boost[b - 1];
-    cost[b] = same ? cost[b - 1] : SumBapWeights(ch.masking[b], SnrOffset(*f, t, b), f->ba, weights.w);
+    const bool same =
+        b > 0 && SameMaskingInputs(*f, c, b) && f->snr_boost[b] == f->snr_boost[b - 1];
+    cost[b] =
+        same ? cost[b - 1] : SumBapWeights(ch.masking[b], SnrOffset(*f, t, b), f->ba, weights.w);
   }
 }
 
@@ -902,8 +911,8 @@ int FrameBits(const uint64_t cost[][kBlocks], int channels, int* early) {
 // noise where the bins are much weaker than their exponents say: beside a partial whose
 // exponent they share, or in silence. So a channel dithers a block where its zero-bit bins
 // hold at least kDitherEnergyShare of the noise's energy, and never in blocks around an
-// attack, where the noise would sit ahead of it. PEAQ, mean of 14 stereo items, ours minus FFmpeg, basic /
-// advanced: AC-3 2.0 128k -0.09 / -0.09 without dither -> +0.07 / -0.00 (guitar +0.97,
+// attack, where the noise would sit ahead of it. PEAQ, mean of 14 stereo items, ours minus FFmpeg,
+// basic / advanced: AC-3 2.0 128k -0.09 / -0.09 without dither -> +0.07 / -0.00 (guitar +0.97,
 // applause adv +0.7); E-AC-3 2.0 96k +0.59 / +1.06 -> +0.83 / +1.24. Dithering every block
 // but those around attacks scored the same at AC-3 but cost glockenspiel 0.3 at E-AC-3; a
 // share of 0.5 instead of 0.25 made no difference. A coupled channel's flag also fills its

@@ -121,7 +121,8 @@ struct FrameData {
   // Whether block blk must send its rematrixing flags / its dynamic range word: a block that
   // leaves them out repeats the block before it, so only block 0 and changes are sent.
   bool RematrixChanges(int blk) const {
-    return blk == 0 || !std::equal(rematflg[blk], rematflg[blk] + RematrixBands(), rematflg[blk - 1]);
+    return blk == 0 ||
+           !std::equal(rematflg[blk], rematflg[blk] + RematrixBands(), rematflg[blk - 1]);
   }
   // Rematrixing flags each block of a 2/0 frame sends.
   int RematrixBands() const { return RematrixBandCount(cplinu, cpl.begf); }

@@ -15,7 +15,8 @@ TEST(Mantissas, QuantisationErrorWithinHalfAStep) {
   std::uniform_real_distribution<float> d(-0.999f, 0.999f);
   constexpr int kLevels[6] = {0, 3, 5, 7, 11, 15};
   for (int bap = 1; bap < 16; ++bap) {
-    const double step = bap <= 5 ? 2.0 / kLevels[bap] : std::ldexp(1.0, 1 - ac3::kMantissaBits[bap]);
+    const double step =
+        bap <= 5 ? 2.0 / kLevels[bap] : std::ldexp(1.0, 1 - ac3::kMantissaBits[bap]);
     for (int i = 0; i < 2000; ++i) {
       const float m = d(rng);
       const int code = QuantizeMantissa(m, 0, bap);

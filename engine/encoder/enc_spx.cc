@@ -45,7 +45,8 @@ bool MakeSpxLayout(int strtf, int begf, int endf, int min_band_bins, SpxLayout* 
   l->band_edge[l->bands] = l->end;
   int source[256];
   SpxSourceBins(*l, source);
-  for (int k = l->begin; k < l->end; ++k) l->source[k - l->begin] = static_cast<uint8_t>(source[k - l->begin]);
+  for (int k = l->begin; k < l->end; ++k)
+    l->source[k - l->begin] = static_cast<uint8_t>(source[k - l->begin]);
   return true;
 }
 
@@ -143,10 +144,10 @@ void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& l, d
 }
 
 void SpxGainsFromEnergies(const double* original, const double* copied, int bands, float* gain) {
-  for (int band = 0; band < bands; ++band)
-    gain[band] = copied[band] > 0
-                     ? static_cast<float>(std::min<double>(kMaxGain, std::sqrt(original[band] / copied[band])))
-                     : 0.0f;
+  for (int band = 0; band < bands; ++band) {
+    const double ratio = copied[band] > 0 ? std::sqrt(original[band] / copied[band]) : 0.0;
+    gain[band] = static_cast<float>(std::min<double>(kMaxGain, ratio));
+  }
 }
 
 void SpxGains(const float* const* coef, int blocks, const SpxLayout& l, float* gain) {

@@ -86,11 +86,13 @@ TEST(SpectralExtension, GainsRestoreEachBandsEnergy) {
   std::vector<float> coef(256, 0.0f);
   for (int k = l.copy_start; k < l.begin; ++k) coef[k] = (k % 2 ? 1.0f : -1.0f);
   for (int band = 0; band < l.bands; ++band)
-    for (int k = l.band_edge[band]; k < l.band_edge[band + 1]; ++k) coef[k] = std::ldexp(0.5f, -band);
+    for (int k = l.band_edge[band]; k < l.band_edge[band + 1]; ++k)
+      coef[k] = std::ldexp(0.5f, -band);
   const float* blocks[1] = {coef.data()};
   float gain[kMaxSpxSubbands];
   SpxGains(blocks, 1, l, gain);
-  for (int band = 0; band < l.bands; ++band) EXPECT_NEAR(gain[band], std::ldexp(0.5f, -band), 1e-5f);
+  for (int band = 0; band < l.bands; ++band)
+    EXPECT_NEAR(gain[band], std::ldexp(0.5f, -band), 1e-5f);
 }
 
 TEST(SpectralExtension, PlannedOnlyForExtendedStreamsAtLowRates) {

@@ -13,7 +13,8 @@ TEST(Transient, SteadyToneNeverSwitches) {
   float block[256];
   int switches = 0;
   for (int b = 0; b < 40; ++b) {
-    for (int n = 0; n < 256; ++n) block[n] = 0.5f * std::sin(2 * M_PI * 1000.0 * (b * 256 + n) / 48000);
+    for (int n = 0; n < 256; ++n)
+      block[n] = 0.5f * std::sin(2 * M_PI * 1000.0 * (b * 256 + n) / 48000);
     if (b > 0) switches += t.Detect(block);
     else t.Detect(block);
   }
