@@ -9,6 +9,8 @@ namespace {
 #define DDPI_STRINGIFY(x) DDPI_STRINGIFY_VALUE(x)
 constexpr const char* kLibavcodec = "libavcodec.so." DDPI_STRINGIFY(LIBAVCODEC_VERSION_MAJOR);
 constexpr const char* kLibavutil = "libavutil.so." DDPI_STRINGIFY(LIBAVUTIL_VERSION_MAJOR);
+#undef DDPI_STRINGIFY
+#undef DDPI_STRINGIFY_VALUE
 
 template <typename Function>
 bool Resolve(void* library, const char* name, Function* function) {
