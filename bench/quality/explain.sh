@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Why PEAQ grades our coding of one item differently from FFmpeg's: for each graded pair of
+# channels and both models, the model output variables of the two codings side by side, and how
+# far our grade would move with each of FFmpeg's values (peaq_explain says more). Reads a
+# finished run of run.sh:
+#   explain.sh SETTING ITEM [--work DIR] [--build DIR]
+# FFmpeg's decoded file is taken from the same work folder or, for a run made with
+# --ffmpeg-from, from the folder that run took FFmpeg's results from.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/../.." && pwd)
+build=$root/build
+work=
+[ $# -ge 2 ] || { echo "usage: explain.sh SETTING ITEM [--work DIR] [--build DIR]" >&2; exit 2; }
+setting=$1 item=$2
+shift 2
+while [ $# -gt 0 ]; do
+  case $1 in
+    --work) work=$2; shift ;;
+    --build) build=$(cd "$2" && pwd); shift ;;
+    *) echo "unknown option $1" >&2; exit 2 ;;
+  esac
+  shift
+done
+work=${work:-$build/quality}
+cmake --build "$build" -j2 --target quality_probe peaq_explain >/dev/null
+ours=$work/runs/$setting/$item/ours
+ffmpeg=$work/runs/$setting/$item/ffmpeg
+if [ ! -f "$ffmpeg/decoded.wav" ] && [ -L "$work/items" ]; then
+  ffmpeg=$(dirname "$(readlink -f "$work/items")")/runs/$setting/$item/ffmpeg
+fi
+for dir in "$ours" "$ffmpeg"; do
+  [ -f "$dir/decoded.wav" ] && [ -f "$dir/measure.txt" ] ||
+    { echo "no decoded file and measurement in $dir: run run.sh first" >&2; exit 1; }
+done
+
+tmp=$(mktemp -d)
+trap 'rm -rf "$tmp"' EXIT
+for who in ours ffmpeg; do
+  dir=$ours
+  [ $who = ffmpeg ] && dir=$ffmpeg
+  skip=$(awk '$1 == "skip" {print $2}' "$dir/measure.txt")
+  mkdir -p "$tmp/$who"
+  "$build/bin/quality_probe" split "$work/items/$item.wav" "$dir/decoded.wav" "$skip" "$tmp/$who"
+done
+for pair in LR C S; do
+  [ -f "$tmp/ours/ref_$pair.wav" ] || continue
+  echo "== $setting $item $pair"
+  for model in basic advanced; do
+    flag=
+    [ $model = advanced ] && flag=--advanced
+    movs() { bash "$root/bench/quality/movs.sh" $flag "$tmp/$1/ref_$pair.wav" "$tmp/$1/test_$pair.wav"; }
+    "$build/bin/peaq_explain" $model "$(movs ours)" "$(movs ffmpeg)"
+  done
+done
