@@ -2,7 +2,8 @@
 # The perceptual quality benchmark (not part of the test suite): installs what it needs, then
 # runs bench/quality/run.sh, which grades our encoder and FFmpeg's with PEAQ at the eight
 # benchmark settings and prints per item and per setting tables.
-#   scripts/quality.sh [--quick] [run.sh options: --items a,b --settings s,... --build DIR]
+#   scripts/quality.sh [--quick | --holdout] [run.sh options: --items a,b --settings s,...
+#                      --build DIR --work DIR]
 # The PEAQ tool itself (GstPEAQ) is built by ../shared/tools/peaq/build.sh into /opt/peaq.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -15,6 +16,10 @@ packages=(
   fillets-ng-data                  # game music
   alsa-utils                       # recorded speech
 )
+# The held-out items (--holdout) come from a package of their own, 150 MB, installed only then.
+for arg in "$@"; do
+  [ "$arg" = --holdout ] && packages+=(wesnoth-1.16-music)
+done
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -4,10 +4,12 @@
 # by FFmpeg with -drc_scale 0. Also per item: coded bandwidth, worst energy above it against
 # the original (dB), pre-echo per attack (dB added in the 5 ms before it) and each 5.1
 # channel's lag after the reported delay (ours) or the found one (FFmpeg's).
-#   run.sh [--quick] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR] [--jobs N]
-#          [--ours-only] [--ffmpeg-from DIR]
+#   run.sh [--quick] [--holdout] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR]
+#          [--jobs N] [--ours-only] [--ffmpeg-from DIR]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
 # eac3_51_256. --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
+# --holdout grades the held-out items (make_holdout_items.sh: music the encoder was never
+# tuned on) at the four stereo settings instead; give it a work folder of its own.
 # --ours-only grades only our encoder and reuses FFmpeg's results already in the work folder
 # (its encoder is deterministic), which halves a run while tuning. --ffmpeg-from DIR does the
 # same with FFmpeg's results and the items of another work folder, so that each variant of a
@@ -22,11 +24,13 @@ work=
 jobs=2
 encoders="ours ffmpeg"
 items=
+holdout=
 ffmpeg_from=
 settings="ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192 eac3_51_256"
 while [ $# -gt 0 ]; do
   case $1 in
     --quick) items=castanets,reed,rock_armygeddon,speech; settings="ac3_20_192 eac3_20_96" ;;
+    --holdout) holdout=1; settings="ac3_20_192 ac3_20_128 eac3_20_96 eac3_20_128" ;;
     --items) items=$2; shift ;;
     --settings) settings=${2//,/ }; shift ;;
     --build) build=$(cd "$2" && pwd); shift ;;
@@ -59,7 +63,11 @@ if [ ! -f "$build/CMakeCache.txt" ]; then
 fi
 cmake --build "$build" -j2 --target ddpi_engine bench_encoder quality_probe >/dev/null
 probe=$build/bin/quality_probe
-bash "$root/bench/quality/make_items.sh" "$work/items" "$probe"
+if [ -n "$holdout" ]; then
+  bash "$root/bench/quality/make_holdout_items.sh" "$work/items"
+else
+  bash "$root/bench/quality/make_items.sh" "$work/items" "$probe"
+fi
 if [ -z "$items" ]; then
   items=$(cd "$work/items" && ls *.wav | sed 's/\.wav$//' | paste -sd,)
 fi
