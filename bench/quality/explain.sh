@@ -42,13 +42,16 @@ for who in ours ffmpeg; do
   mkdir -p "$tmp/$who"
   "$build/bin/quality_probe" split "$work/items/$item.wav" "$dir/decoded.wav" "$skip" "$tmp/$who"
 done
+# movs WHO PAIR MODEL: the MOV line of one coding's pair.
+movs() {
+  local flag=
+  [ "$3" = advanced ] && flag=--advanced
+  bash "$root/bench/quality/movs.sh" $flag "$tmp/$1/ref_$2.wav" "$tmp/$1/test_$2.wav"
+}
 for pair in LR C S; do
   [ -f "$tmp/ours/ref_$pair.wav" ] || continue
   echo "== $setting $item $pair"
   for model in basic advanced; do
-    flag=
-    [ $model = advanced ] && flag=--advanced
-    movs() { bash "$root/bench/quality/movs.sh" $flag "$tmp/$1/ref_$pair.wav" "$tmp/$1/test_$pair.wav"; }
-    "$build/bin/peaq_explain" $model "$(movs ours)" "$(movs ffmpeg)"
+    "$build/bin/peaq_explain" $model "$(movs ours $pair $model)" "$(movs ffmpeg $pair $model)"
   done
 done

@@ -63,11 +63,20 @@ if [ ! -f "$build/CMakeCache.txt" ]; then
 fi
 cmake --build "$build" -j2 --target ddpi_engine bench_encoder quality_probe >/dev/null
 probe=$build/bin/quality_probe
+# A work folder holds one item set: the items are whatever WAV files it has, so a set made into
+# another set's folder (directly or through --ffmpeg-from) would be graded with it from then on.
+item_set=main
+[ -n "$holdout" ] && item_set=holdout
+if [ -f "$work/items/.set" ] && [ "$(cat "$work/items/.set")" != "$item_set" ]; then
+  echo "$work/items holds the $(cat "$work/items/.set") items, not the $item_set ones" >&2
+  exit 2
+fi
 if [ -n "$holdout" ]; then
   bash "$root/bench/quality/make_holdout_items.sh" "$work/items"
 else
   bash "$root/bench/quality/make_items.sh" "$work/items" "$probe"
 fi
+echo "$item_set" >"$work/items/.set"
 if [ -z "$items" ]; then
   items=$(cd "$work/items" && ls *.wav | sed 's/\.wav$//' | paste -sd,)
 fi
