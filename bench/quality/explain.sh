@@ -4,15 +4,25 @@
 # far our grade would move with each of FFmpeg's values (peaq_explain says more). Reads a
 # finished run of run.sh:
 #   explain.sh SETTING ITEM [--work DIR] [--build DIR]
+#   explain.sh --gaps [--work DIR] [--build DIR]
+# --gaps goes over every item and setting of the run and lists the pairs that grade more than
+# 0.1 below FFmpeg's in either model, each with the part of the gap that the moves marked
+# "against" make (about a second per item and setting).
 # FFmpeg's decoded file is taken from the same work folder or, for a run made with
 # --ffmpeg-from, from the folder that run took FFmpeg's results from.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 build=$root/build
 work=
-[ $# -ge 2 ] || { echo "usage: explain.sh SETTING ITEM [--work DIR] [--build DIR]" >&2; exit 2; }
-setting=$1 item=$2
-shift 2
+usage="usage: explain.sh SETTING ITEM | --gaps  [--work DIR] [--build DIR]"
+if [ "${1:-}" = --gaps ]; then
+  setting= item=
+  shift
+else
+  [ $# -ge 2 ] || { echo "$usage" >&2; exit 2; }
+  setting=$1 item=$2
+  shift 2
+fi
 while [ $# -gt 0 ]; do
   case $1 in
     --work) work=$2; shift ;;
@@ -23,6 +33,17 @@ while [ $# -gt 0 ]; do
 done
 work=${work:-$build/quality}
 cmake --build "$build" -j2 --target quality_probe peaq_explain >/dev/null
+if [ -z "$setting" ]; then
+  self=$(cd "$(dirname "$0")" && pwd)/explain.sh
+  for dir in "$work"/runs/*/*/ours; do
+    item_dir=${dir%/ours}
+    bash "$self" "$(basename "$(dirname "$item_dir")")" "$(basename "$item_dir")" --work "$work" \
+      --build "$build" | awk '
+        /^== / { pair = $2 " " $3 " " $4 }
+        /^summary / && $4 < -0.1 { printf "%-40s %-8s gap %+.3f, against %+.3f\n", pair, $2, $4, $6 }'
+  done
+  exit 0
+fi
 ours=$work/runs/$setting/$item/ours
 ffmpeg=$work/runs/$setting/$item/ffmpeg
 if [ ! -f "$ffmpeg/decoded.wav" ] && [ -L "$work/items" ]; then

@@ -7,8 +7,9 @@
 // value, all else equal. A move against the MOV's meaning (the other coding is worse on it, yet
 // taking its value raises our grade) is marked "against": the network rewards more distortion
 // there, so the gap it makes is the model's, not something a better coding can close.
-// The networks are recomputed from the MOVs; the tool fails when that does not reproduce the
-// grades the PEAQ tool printed.
+// A last line, "summary MODEL gap G against A", gives the grade gap and the sum of the moves
+// marked "against". The networks are recomputed from the MOVs; the tool fails when that does
+// not reproduce the grades the PEAQ tool printed.
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -78,6 +79,7 @@ int main(int argc, char** argv) {
   std::printf("%s grade: ours %.3f, other %.3f (%+.3f)\n", argv[1], our_grade,
               model.grade(other.data()), our_grade - model.grade(other.data()));
   std::printf("  %-18s %12s %12s %9s\n", "MOV", "ours", "other", "if other's");
+  double against_sum = 0;
   for (int i = 0; i < model.count; ++i) {
     std::vector<double> swapped = ours;
     swapped[i] = other[i];
@@ -90,6 +92,11 @@ int main(int argc, char** argv) {
                          ((towards_better < 0 && move > 0) || (towards_better > 0 && move < 0));
     std::printf("  %-18s %12.4g %12.4g %+9.3f%s\n", model.movs[i].name, ours[i], other[i], move,
                 against ? "  against" : "");
+    if (against) against_sum += move;
   }
+  // One line to gather over many items: how much of the gap the moves marked "against" make
+  // (their sum, each taken alone, so only a guide where several interact).
+  std::printf("summary %s gap %+.3f against %+.3f\n", argv[1],
+              our_grade - model.grade(other.data()), against_sum);
   return 0;
 }
