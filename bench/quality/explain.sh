@@ -33,46 +33,50 @@ while [ $# -gt 0 ]; do
 done
 work=${work:-$build/quality}
 cmake --build "$build" -j2 --target quality_probe peaq_explain >/dev/null
-if [ -z "$setting" ]; then
-  self=$(cd "$(dirname "$0")" && pwd)/explain.sh
-  for dir in "$work"/runs/*/*/ours; do
-    item_dir=${dir%/ours}
-    bash "$self" "$(basename "$(dirname "$item_dir")")" "$(basename "$item_dir")" --work "$work" \
-      --build "$build" | awk '
-        /^== / { pair = $2 " " $3 " " $4 }
-        /^summary / && $4 < -0.1 { printf "%-40s %-8s gap %+.3f, against %+.3f\n", pair, $2, $4, $6 }'
-  done
-  exit 0
-fi
-ours=$work/runs/$setting/$item/ours
-ffmpeg=$work/runs/$setting/$item/ffmpeg
-if [ ! -f "$ffmpeg/decoded.wav" ] && [ -L "$work/items" ]; then
-  ffmpeg=$(dirname "$(readlink -f "$work/items")")/runs/$setting/$item/ffmpeg
-fi
-for dir in "$ours" "$ffmpeg"; do
-  [ -f "$dir/decoded.wav" ] && [ -f "$dir/measure.txt" ] ||
-    { echo "no decoded file and measurement in $dir: run run.sh first" >&2; exit 1; }
-done
-
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
-for who in ours ffmpeg; do
-  dir=$ours
-  [ $who = ffmpeg ] && dir=$ffmpeg
-  skip=$(awk '$1 == "skip" {print $2}' "$dir/measure.txt")
-  mkdir -p "$tmp/$who"
-  "$build/bin/quality_probe" split "$work/items/$item.wav" "$dir/decoded.wav" "$skip" "$tmp/$who"
-done
-# movs WHO PAIR MODEL: the MOV line of one coding's pair.
+
+# movs WHO PAIR MODEL: the MOV line of one coding's pair (split into $tmp by explain_item).
 movs() {
   local flag=
   [ "$3" = advanced ] && flag=--advanced
   bash "$root/bench/quality/movs.sh" $flag "$tmp/$1/ref_$2.wav" "$tmp/$1/test_$2.wav"
 }
-for pair in LR C S; do
-  [ -f "$tmp/ours/ref_$pair.wav" ] || continue
-  echo "== $setting $item $pair"
-  for model in basic advanced; do
-    "$build/bin/peaq_explain" $model "$(movs ours $pair $model)" "$(movs ffmpeg $pair $model)"
+
+# explain_item SETTING ITEM: the side-by-side tables of every graded pair of one item.
+explain_item() {
+  local setting=$1 item=$2
+  local ours=$work/runs/$setting/$item/ours ffmpeg=$work/runs/$setting/$item/ffmpeg
+  if [ ! -f "$ffmpeg/decoded.wav" ] && [ -L "$work/items" ]; then
+    ffmpeg=$(dirname "$(readlink -f "$work/items")")/runs/$setting/$item/ffmpeg
+  fi
+  local who dir skip pair model
+  for who in ours ffmpeg; do
+    dir=$ours
+    [ $who = ffmpeg ] && dir=$ffmpeg
+    [ -f "$dir/decoded.wav" ] && [ -f "$dir/measure.txt" ] ||
+      { echo "no decoded file and measurement in $dir: run run.sh first" >&2; return 1; }
+    skip=$(awk '$1 == "skip" {print $2}' "$dir/measure.txt")
+    rm -rf "${tmp:?}/$who"
+    mkdir -p "$tmp/$who"
+    "$build/bin/quality_probe" split "$work/items/$item.wav" "$dir/decoded.wav" "$skip" "$tmp/$who"
   done
+  for pair in LR C S; do
+    [ -f "$tmp/ours/ref_$pair.wav" ] || continue
+    echo "== $setting $item $pair"
+    for model in basic advanced; do
+      "$build/bin/peaq_explain" $model "$(movs ours $pair $model)" "$(movs ffmpeg $pair $model)"
+    done
+  done
+}
+
+if [ -n "$setting" ]; then
+  explain_item "$setting" "$item"
+  exit 0
+fi
+for dir in "$work"/runs/*/*/ours; do
+  item_dir=${dir%/ours}
+  explain_item "$(basename "$(dirname "$item_dir")")" "$(basename "$item_dir")" | awk '
+    /^== / { pair = $2 " " $3 " " $4 }
+    /^summary / && $4 < -0.1 { printf "%-40s %-8s gap %+.3f, against %+.3f\n", pair, $2, $4, $6 }'
 done

@@ -76,8 +76,9 @@ int main(int argc, char** argv) {
       !Gather(model, ParseMovs(argv[3]), "other", &other))
     return 1;
   const double our_grade = model.grade(ours.data());
-  std::printf("%s grade: ours %.3f, other %.3f (%+.3f)\n", argv[1], our_grade,
-              model.grade(other.data()), our_grade - model.grade(other.data()));
+  const double other_grade = model.grade(other.data());
+  std::printf("%s grade: ours %.3f, other %.3f (%+.3f)\n", argv[1], our_grade, other_grade,
+              our_grade - other_grade);
   std::printf("  %-18s %12s %12s %9s\n", "MOV", "ours", "other", "if other's");
   double against_sum = 0;
   for (int i = 0; i < model.count; ++i) {
@@ -96,7 +97,7 @@ int main(int argc, char** argv) {
   }
   // One line to gather over many items: how much of the gap the moves marked "against" make
   // (their sum, each taken alone, so only a guide where several interact).
-  std::printf("summary %s gap %+.3f against %+.3f\n", argv[1],
-              our_grade - model.grade(other.data()), against_sum);
+  std::printf("summary %s gap %+.3f against %+.3f\n", argv[1], our_grade - other_grade,
+              against_sum);
   return 0;
 }
