@@ -15,6 +15,7 @@
 #include "enc_drc.h"
 #include "enc_exponents.h"
 #include "enc_mantissas.h"
+#include "enc_plan.h"
 #include "enc_rematrix.h"
 #include "enc_spx.h"
 
@@ -150,49 +151,6 @@ struct FrameData {
     return -1;
   }
 };
-
-// Per-rate choices made once per stream.
-struct CodingPlan {
-  int chbwcod = 60;
-  int coarsen = 0;           // exponent grouping bias, see ChooseStrategies
-  float reuse_threshold = 1; // mean exponent change that forces a new set
-  int fgaincod = 4;          // fast gain code of the full-bandwidth and coupling channels
-  int lfe_fgaincod = 4;      // fast gain code of the LFE, see PlanForRate
-  int dbpbcod = 2;           // dB per bit code of the masking model
-  int frame_bits = 0;        // size of a frame
-  bool coupling = false;     // couple the full-bandwidth channels (acmod 2..7)
-  int cplbegf = 0;           // coupling range, see CouplingLayout
-  int cplendf = 0;
-  int cplendf_alone = 0;     // the range's end in frames without spectral extension
-  float cplfit = 0;          // coordinates: 0 energy-preserving .. 1 least-squares
-  // A frame whose channels correlate less than this with their sum in the coupling range is
-  // coded without coupling (see CouplingCoherence); -1 couples every frame.
-  float cpl_min_coherence = -1;
-  // A frame with an attack goes without coupling (see AnyBlockAroundAttack).
-  bool attack_frames_uncoupled = false;
-  // Spectral extension: its range and bands, the noise blend of every channel and how many
-  // blocks share one set of coordinates.
-  bool spx = false;
-  SpxLayout spx_layout;
-  int spx_blend = 0;
-  int spx_run = kBlocks;
-  // Coupled frames whose upper band is tonal go without the extension, their coupling range
-  // reaching cplendf_alone (see ChooseExtendedChannels).
-  bool spx_yields_to_coupling = false;
-  // Bandwidth code of a channel the extension leaves out because its upper band has clearly
-  // held stable partials lately (see ChooseExtendedChannels).
-  int tonal_chbwcod = 60;
-  // SNR index added to the blocks around an attack (a multiple of 32: 6 dB steps), through
-  // the SNR offsets, or for E-AC-3, whose offsets stay the same across the frame, through
-  // delta bit allocation.
-  int attack_boost = 0;
-  bool boost_by_delta = false;
-};
-// `extension`: the stream may use spectral extension (E-AC-3).
-CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);
-// The first bin above everything a plan can reconstruct: the channels' own mantissas, the
-// coupling range (in any frame) and the extension's range.
-int CodedBandEnd(const CodingPlan& plan);
 
 // Transforms, exponents and masking of one frame. `input[c]` points at kHistory + 1536
 // samples of coded channel c (bitstream order, LFE last); `attacks[c][b]` says which blocks

@@ -1,0 +1,289 @@
+#include "enc_plan.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "ac3_tables.h"
+#include "enc_config.h"
+#include "enc_coupling.h"
+
+namespace ddpi::enc {
+namespace {
+
+// Audio bandwidth for a data rate per full-bandwidth channel (kbps -> Hz), interpolated.
+struct BandwidthPoint {
+  int kbps;
+  int hz;
+};
+// At the low rates a narrower band pays: the bits go to the loud low and middle frequencies,
+// which both the waveform error and the masked noise figure favour.
+constexpr BandwidthPoint kBandwidth[] = {{24, 6900},  {32, 7500},  {40, 9000},  {48, 11000},
+                                         {64, 15000}, {80, 17500}, {96, 19500}, {128, 20300}};
+
+int BandwidthHz(double kbps_per_channel) {
+  constexpr int n = sizeof(kBandwidth) / sizeof(kBandwidth[0]);
+  if (kbps_per_channel <= kBandwidth[0].kbps) return kBandwidth[0].hz;
+  for (int i = 1; i < n; ++i) {
+    if (kbps_per_channel <= kBandwidth[i].kbps) {
+      const double t = (kbps_per_channel - kBandwidth[i - 1].kbps) /
+                       (kBandwidth[i].kbps - kBandwidth[i - 1].kbps);
+      return static_cast<int>(kBandwidth[i - 1].hz + t * (kBandwidth[i].hz - kBandwidth[i - 1].hz));
+    }
+  }
+  return kBandwidth[n - 1].hz;
+}
+
+}  // namespace
+
+int FbwChannels(int acmod) { return ac3::kFbwChannels[acmod & 7]; }
+
+int FbwSlot(int acmod, int channel) {
+  // Bitstream channel order (A/52 Table 5.8) to input slots (0 L, 1 R, 2 C, 4 Ls/S, 5 Rs).
+  static const int kSlots[8][5] = {{0, 1}, {2},          {0, 1},       {0, 2, 1},
+                                   {0, 1, 4}, {0, 2, 1, 4}, {0, 1, 4, 5}, {0, 2, 1, 4, 5}};
+  return kSlots[acmod & 7][channel];
+}
+
+int MinimumRate(int acmod) {
+  static const int kMin[6] = {0, 32, 64, 128, 160, 192};
+  return kMin[FbwChannels(acmod)];
+}
+
+namespace {
+
+// Coupling where it pays: multichannel programmes below kCouplingRate kbps per channel. The
+// range runs from about 70% of the channels' bandwidth up to its end: there the channels stop
+// carrying mantissas and the coupling channel carries the band once for all of them, which
+// leaves more bits to the lower band (measured on the 5.1 benchmark at 192 kbps: SNR +0.5 dB,
+// noise-to-mask slightly lower; ranges reaching beyond the bandwidth lost on both).
+// Coordinates are least-squares there: on uncorrelated channels they scale the shared band down
+// rather than adding another channel's content at full energy. Where only channels that agree
+// share the band (the gated ranges below), coordinates keep each channel's energy per band
+// instead: the least-squares ones lose the part of a channel that the others do not share,
+// which dulls it. PEAQ, ours minus FFmpeg, basic: AC-3 2.0 128k +0.147 -> +0.155, 192k
+// +0.013 -> +0.025, 5.1 448k +0.143 -> +0.185, 384k +0.210 -> +0.244, E-AC-3 2.0 128k +0.278
+// -> +0.284; advanced within 0.002; no item lost more than 0.04 (rock_51 +0.09, electronic
+// +0.10 at 128k).
+// Where the spectral extension runs (E-AC-3), that coupling does not pay: at 5.1 192k, PEAQ
+// ours minus FFmpeg, basic / advanced, +0.19 / +0.42 with it, +0.41 / +0.48 without (every
+// item the same or better: film +0.36 basic, rock +0.33 advanced), and the one attack's
+// pre-echo 10.3 -> 7.7 dB.
+constexpr double kCouplingRate = 48;
+constexpr double kCouplingBeginShare = 0.7;
+
+// Blocks around an attack (see MarkAttackBlocks) are quantized two coarse offset steps
+// (6 dB) finer than the rest of the frame. Pre-echo over the 102 attacks of the quality
+// benchmark at AC-3 2.0 128k, median / 90th percentile: 5.5 / 12.5 dB -> 5.1 / 10.3 dB, for
+// 0.003 of mean PEAQ; three steps reached 4.8 / 9.6 dB but cost 0.02. E-AC-3 streams keep one
+// set of offsets per frame (FFmpeg's decoder reads E-AC-3 SNR offsets in block 0 only) and
+// lower those blocks' masking curves by delta bit allocation instead.
+constexpr int kAttackBoost = 32;
+// E-AC-3 lowers them two delta steps (12 dB). Pre-echo over the 102 attacks of the stereo
+// items, median / 90th percentile, one step -> two: 96k 6.7 / 12.9 -> 6.6 / 10.8 dB, 128k
+// 5.7 / 11.5 -> 5.5 / 10.6 (FFmpeg 3.9 / 11.1 and 5.5 / 11.2), for 0.01 of mean PEAQ (5.1:
+// 0.02-0.03); three steps reached 10.4 / 9.7 dB but cost 0.03-0.04.
+constexpr int kAttackBoostByDelta = 64;
+// Programmes of more than two full-bandwidth channels boost half as much (3 dB; E-AC-3 one
+// delta step). An AC-3 block's
+// boost raises every channel's offset, and in either codec a 5.1 mix holds more attacks per
+// frame, so the same boost takes more from the rest of the frame. Measured over the 102
+// attacks of the four 5.1 mixes, with PEAQ ours minus FFmpeg, basic / advanced:
+//   AC-3 448k:   +0.18 / +0.36 -> +0.20 / +0.38; pre-echo median / 90th percentile 3.2 / 8.0
+//                -> 3.8 / 8.6 dB (FFmpeg 7.2 / 13.7).
+//   AC-3 384k:   +0.24 / +0.30 -> +0.26 / +0.32; 3.9 / 9.2 -> 4.4 / 10.2 dB (FFmpeg 8.8 / 14.3).
+//   E-AC-3 192k: +0.67 / +0.54 -> +0.66 / +0.54; 5.7 / 12.4 -> 7.1 / 14.7 dB (FFmpeg 10.3 / 17.1).
+//   E-AC-3 256k: +0.49 / +0.25 -> +0.51 / +0.29; 4.8 / 9.7 -> 5.7 / 11.3 dB (FFmpeg 10.3 / 16.2).
+// No boost at all graded 0.01-0.03 higher still but brought E-AC-3 192k's 90th percentile
+// level with FFmpeg's (17.1 dB).
+constexpr int kMultichannelBoostDivisor = 2;
+
+// Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
+// measured) shares the band from 5.7 kHz (cplbegf 2, at 64 kbps per channel) to 10.2 kHz
+// (cplbegf 6, at 96), interpolated, up to 17 kHz (cplendf 9), beyond the uncoupled bandwidth
+// at 64: the shared band is cheap. Dense music gains most: PEAQ basic ODG at AC-3 2.0 128k
+// rock -1.68 -> -1.12, metal -1.90 -> -1.32; at 192k rock -0.34 -> -0.17, metal -0.45 ->
+// -0.23; tonal items gain too (glockenspiel 128k -1.15 -> -0.47, pitchpipe 192k -1.76 ->
+// -1.47). Ending higher lost at both rates; at 48 kbps per channel (E-AC-3
+// 96k) coupling lost (rock -3.01 -> -3.38). Frames whose channels differ in that band
+// (coherence under kStereoCoherence: applause, wide recordings) are coded without coupling,
+// and so are frames with an attack (castanets panned hit by hit; see AnyBlockAroundAttack).
+// The coherence is each channel's correlation with the sum: two equal channels that correlate
+// by r reach sqrt((1 + r) / 2), so unrelated channels already reach 0.71 and the gate of 0.8
+// asks for r of about 0.3. With energy-preserving coordinates and attack frames left out
+// (PEAQ, ours minus FFmpeg, basic / advanced): AC-3 2.0 128k 0.85 +0.149 / +0.074, 0.8 +0.162
+// / +0.078; E-AC-3 2.0 128k +0.284 / +0.096 and +0.293 / +0.104. Lower gates graded higher
+// still (0.65, which couples unrelated channels: 128k +0.190 / +0.103, mostly applause), but
+// they share one band between channels that have little in common, which narrows the image
+// where the model does not look.
+// Beginning at 5.7 kHz rather than 6.8 (cplbegf 3), which leaves the fourth rematrixing band
+// out: PEAQ, ours minus FFmpeg, basic / advanced, AC-3 2.0 128k +0.18 / +0.08 -> +0.20 /
+// +0.10, E-AC-3 2.0 128k +0.30 / +0.11 -> +0.32 / +0.12; game music +0.23 basic at both, no
+// item lower by more than 0.05 (metal at AC-3). From 4.6 kHz (cplbegf 1) graded the same on
+// the mean but cost metal 0.22.
+constexpr double kStereoCouplingBottom = 64, kStereoCouplingTop = 96;
+constexpr int kStereoBegin = 2, kStereoBeginHigh = 6, kStereoEnd = 9;
+constexpr float kStereoCoherence = 0.8f;
+
+// Three to five channels over the same rates share the band from 4.6 kHz (cplbegf 1) to
+// 17 kHz, each frame only among the channels that agree there: ChooseCoupledChannels leaves out
+// the least coherent until the rest all reach kMultichannelCoherence. PEAQ (ODG basic /
+// advanced, mean of four 5.1 items, ours minus FFmpeg) at AC-3 5.1 448k -0.28 / -0.11 without
+// coupling -> -0.04 / +0.23, at 384k -0.28 / -0.07 -> -0.14 / +0.16 (tonal +0.35 to +0.39,
+// rock 448k -1.41 -> -0.82). Coupling all channels or none lost on percussion (-0.31 ->
+// -1.39); a range from 8-9 kHz as for stereo gained 0.1 less; a gate of 0.85 kept rock 384k
+// at -1.69 (0.8: -1.58), one of 0.6 cost percussion 0.5. Leaving channels with short blocks
+// out of coupling changed nothing.
+constexpr int kMultichannelBegin = 1;
+constexpr float kMultichannelCoherence = 0.8f;
+
+void ChooseCoupling(double per_channel, int acmod, int end, CodingPlan* plan) {
+  if (acmod == 2 && per_channel >= kStereoCouplingBottom && per_channel <= kStereoCouplingTop) {
+    const double share = (per_channel - kStereoCouplingBottom) /
+                         (kStereoCouplingTop - kStereoCouplingBottom);
+    plan->cplbegf =
+        kStereoBegin + static_cast<int>(share * (kStereoBeginHigh - kStereoBegin) + 0.5);
+    plan->cplendf = kStereoEnd;
+    plan->cplfit = 0.0f;
+    plan->cpl_min_coherence = kStereoCoherence;
+    plan->attack_frames_uncoupled = true;
+    plan->coupling = plan->cplbegf < plan->cplendf + 3;
+    return;
+  }
+  if (acmod > 2 && per_channel >= kStereoCouplingBottom && per_channel <= kStereoCouplingTop) {
+    plan->cplbegf = kMultichannelBegin;
+    plan->cplendf = kStereoEnd;
+    plan->cplfit = 0.0f;
+    plan->cpl_min_coherence = kMultichannelCoherence;
+    plan->coupling = true;
+    return;
+  }
+  if (acmod < 2 || per_channel >= kCouplingRate || plan->spx) return;
+  const int start_bin = static_cast<int>(kCouplingBeginShare * end);
+  plan->cplbegf = std::clamp((start_bin - 37 + 6) / 12, acmod == 2 ? 3 : 0, 15);
+  plan->cplendf = std::clamp((end - 37 + 6) / 12 - 3, 0, 15);
+  plan->cplfit = 1.0f;
+  plan->coupling = plan->cplbegf < plan->cplendf + 3;
+}
+
+// Spectral extension for E-AC-3 at up to kSpxTopRate kbps per channel: the channels keep
+// mantissas up to about their bandwidth at that rate and the decoder rebuilds the band from
+// there to kSpxEndBin out of the channel's own lower band (from kSpxCopyStart), scaled to the
+// original's energy per band and blended with noise: the share of noise grows with frequency
+// and reaches kSpxNoiseShare in the middle of the range. Measured with PEAQ (basic ODG, mean
+// of 14 stereo items): at E-AC-3 2.0 96k -2.44 without -> -2.03, at 128k -1.35 -> -1.21;
+// 5.1 at 192k -2.99 -> -2.83. Ending at 19.2 kHz beat 17 kHz (-2.19) and 21.5 kHz (-2.11);
+// beginning above the bandwidth (12.5 kHz at 96k) lost 0.2; the copy start hardly mattered.
+// The noise share is small because the decoder spreads the noise evenly over a long block,
+// while the copy keeps the time envelope of the coded band below. Before an onset too weak for
+// short blocks, such as one clap in dense applause, the noise lands ahead of it. Pre-echo
+// over the 102 attacks of the quality benchmark, worst against FFmpeg's same attack, share
+// 0.3 -> 0.1: E-AC-3 2.0 96k +9.1 -> +7.8 dB, 5.1 192k +4.8 -> +4.5, 256k +3.8 -> +2.7,
+// medians and 90th percentiles up to 0.2 dB lower. PEAQ, ours minus FFmpeg: within 0.01
+// basic, advanced up to 0.02 lower (applause at 96k -0.08, a rock mix at 5.1 -0.05); the
+// held-out music within 0.01. No noise at all did little more (256k +2.5 dB) and cost applause
+// at 96k 0.12 advanced.
+constexpr double kSpxTopRate = 64;
+constexpr int kSpxEndBin = 205;   // 19.2 kHz
+constexpr int kSpxCopyStart = 2;  // spxstrtf: bin 49, 4.6 kHz
+constexpr double kSpxNoiseShare = 0.1;
+constexpr int kSpxBandBins = 24;
+// A set of coordinates serves the whole frame unless a channel switches its transform
+// length: new sets every three blocks cost 0.03.
+constexpr int kSpxRun = ac3::kBlocksPerFrame;
+// See ChooseExtendedChannels.
+constexpr double kTonalBandwidthShare = 0.8;
+
+void ChooseSpectralExtension(double per_channel, int end, CodingPlan* plan) {
+  if (per_channel > kSpxTopRate) return;
+  SpxLayout layout;
+  // Begin codes below 2 would start the range inside the rematrixing bands.
+  const int begf = std::max(2, SpxBeginCode(end));
+  if (!MakeSpxLayout(kSpxCopyStart, begf, SpxEndCode(kSpxEndBin), kSpxBandBins, &layout)) return;
+  plan->spx = true;
+  plan->spx_layout = layout;
+  const double middle = 0.5 * (layout.begin + layout.end) / layout.end;
+  plan->spx_blend =
+      static_cast<int>(std::clamp(std::lround((middle - kSpxNoiseShare) * 32), 0L, 31L));
+  plan->spx_run = kSpxRun;
+}
+
+// The LFE's fast gain code in E-AC-3 (see PlanForRate).
+constexpr int kLfeFastGainCode = 6;
+
+}  // namespace
+
+CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
+  CodingPlan plan;
+  const int nfch = FbwChannels(acmod);
+  const double per_channel = (kbps - (lfe ? 4.0 : 0.0)) / nfch;
+  const int hz = BandwidthHz(per_channel);
+  // The bandwidth code whose band ends at or below bin `end` (see ac3::ChannelEndMant).
+  auto bandwidth_code = [](int end) { return std::clamp((end - 73) / 3, 0, 60); };
+  const int end = static_cast<int>(hz / ac3::kBinHz);
+  plan.chbwcod = bandwidth_code(end);
+  plan.tonal_chbwcod = std::min(
+      plan.chbwcod, bandwidth_code(static_cast<int>(kTonalBandwidthShare * hz / ac3::kBinHz)));
+  const double bits_per_block = kbps * 32.0 / (nfch * ac3::kBlocksPerFrame);
+  plan.coarsen = bits_per_block >= 500   ? -1
+                 : bits_per_block >= 250 ? 0
+                 : bits_per_block >= 150 ? 1
+                                         : 2;
+  // New exponent sets cost the mantissas more than they bring unless the spectrum really
+  // changes: a set is shared across blocks while the mean exponent change stays under 2 (3
+  // below about 250 bits per channel and block). Measured with PEAQ on drums and rock at AC-3
+  // 2.0 128k: ODG +0.15 against a threshold of 1; a threshold of 0.6 lost 0.3-0.5.
+  plan.reuse_threshold = plan.coarsen >= 1 ? 3.0f : 2.0f;
+  // Fast gain of the masking model: the middle value. Higher ones lower the masking curve next
+  // to strong components and push the offset search down, which starves the quieter bands
+  // (PEAQ on drums at AC-3 2.0 128k: fgaincod 4 grades 0.27 above 7).
+  plan.fgaincod = 4;
+  // E-AC-3 shares one SNR offset among all channels, which at its low rates leaves the LFE's
+  // few bins about 15 dB above their error (5.1 at 192k): enough to move its lowest tones'
+  // phase by a sample or two. A higher fast gain lowers the LFE's own masking curve and gives
+  // it about 28 dB, as AC-3's per-channel offsets do at 384k; the codes cost 24 bits a frame
+  // (sent in block 0 and kept). The LFE is not graded, the bits it takes are: PEAQ, ours minus
+  // FFmpeg, basic / advanced, 5.1 192k +0.65 / +0.54 -> +0.63 / +0.51, 256k +0.50 / +0.27 ->
+  // +0.48 / +0.25. Code 5 (21 dB) still left a tonal mix's LFE a sample off.
+  plan.lfe_fgaincod = extension && lfe ? kLfeFastGainCode : plan.fgaincod;
+  // dB per bit 0xb00 (dbpbcod 3) instead of the usual 0x900: quiet bands' masking rises a
+  // little more, which moves bits to the louder ones. PEAQ, ours minus FFmpeg, basic /
+  // advanced: AC-3 2.0 128k +0.07 / -0.00 -> +0.11 / +0.04, 192k -0.01 / -0.01 -> +0.01 /
+  // +0.08, 5.1 448k advanced +0.28 -> +0.36, 384k +0.17 / +0.22 -> +0.20 / +0.30; 0x1300
+  // lost more than 1.
+  plan.dbpbcod = 3;
+  plan.frame_bits = kbps * 32;
+  plan.boost_by_delta = extension;
+  plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kAttackBoost;
+  if (nfch > 2) plan.attack_boost /= kMultichannelBoostDivisor;
+  // The extension first: at the low rates it takes the place of coupling.
+  if (extension) ChooseSpectralExtension(per_channel, end, &plan);
+  ChooseCoupling(per_channel, acmod, end, &plan);
+  plan.attack_frames_uncoupled |= plan.boost_by_delta;
+  plan.cplendf_alone = plan.cplendf;
+  if (plan.spx && plan.coupling) {
+    // The coupling range then ends where the extension begins.
+    plan.cplendf = (plan.spx_layout.begin - 37) / 12 - 3;
+    plan.coupling = plan.cplbegf < plan.cplendf + 3;
+    plan.spx_yields_to_coupling =
+        CouplingEndMant(plan.cplendf_alone) >= plan.spx_layout.end * 3 / 4;
+  } else if (plan.coupling) {
+    // Channels end where the coupling range ends in frames that leave coupling too, so the
+    // bandwidth does not change from frame to frame. At AC-3 2.0 192k, coding such frames up
+    // to the rate's own bandwidth (19.5 kHz) graded the same (PEAQ mean of 14 items within
+    // 0.01) but cost their attacks: worst pre-echo 11.2 dB over FFmpeg's against 5.3.
+    plan.chbwcod = std::min(plan.chbwcod, bandwidth_code(CouplingEndMant(plan.cplendf)));
+  }
+  return plan;
+}
+
+int CodedBandEnd(const CodingPlan& plan) {
+  int end = ac3::ChannelEndMant(plan.chbwcod);
+  if (plan.coupling) {
+    const int endf = std::max(plan.cplendf, plan.cplendf_alone);
+    end = std::max(end, CouplingEndMant(endf));
+  }
+  if (plan.spx) end = std::max(end, plan.spx_layout.end);
+  return end;
+}
+
+}  // namespace ddpi::enc
