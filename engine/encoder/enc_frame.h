@@ -1,6 +1,7 @@
-// Analysis and bit allocation of one frame of six audio blocks, shared by the AC-3 and E-AC-3
-// frame writers: transforms with block switching, rematrixing, exponent strategies and
-// coding, masking curves, and the search of the SNR offsets that fills the frame.
+// Analysis of one frame of six audio blocks, shared by the AC-3 and E-AC-3 frame writers:
+// transforms with block switching, rematrixing, coupling and spectral extension, exponent
+// strategies and coding, and masking curves. AllocateFrame (enc_allocate.h) then fills the
+// frame with mantissas.
 #ifndef DDPI_ENGINE_ENCODER_ENC_FRAME_H
 #define DDPI_ENGINE_ENCODER_ENC_FRAME_H
 
@@ -25,6 +26,10 @@ constexpr int kBlocks = 6;
 constexpr int kMaxChannels = 6;       // five full-bandwidth channels and LFE
 constexpr int kHistory = 256;         // samples of the previous frame each transform needs
 constexpr int kFrameInput = 1536;
+
+// The decoder's dither: uniform noise of +-0.707 times a zero-bit bin's exponent step.
+constexpr double kDitherVariance = 0.707 * 0.707 / 3;
+constexpr float kDitherRms = 0.40819f;  // sqrt(kDitherVariance)
 
 // What transient detection found in one block of a channel (see TransientDetector).
 struct BlockAttack {
@@ -119,6 +124,13 @@ struct FrameData {
     if (c == channels) return &dba[b][nfch];
     return c < nfch ? &dba[b][c] : nullptr;
   }
+  // Whether block b of coded channel c (or the coupling channel) has the masking inputs of the
+  // block before it: reused exponents and the same delta bit allocation.
+  bool SameMaskingInputs(int c, int b) const {
+    if (ch[c].strategy[b] != kExpReuse) return false;
+    const MaskDelta* delta = DeltaOf(c, b);
+    return delta == nullptr || *delta == *DeltaOf(c, b - 1);
+  }
   // Whether block blk must send its rematrixing flags / its dynamic range word: a block that
   // leaves them out repeats the block before it, so only block 0 and changes are sent.
   bool RematrixChanges(int blk) const {
@@ -157,13 +169,6 @@ struct FrameData {
 // hold an attack and use the short transforms.
 void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks],
                   const CodingPlan& plan, FrameData* frame);
-
-// Largest SNR offset whose mantissas fit `budget_bits`, those of blocks 0 and 1 also fitting
-// `early_budget_bits`; with `per_channel_fine`, the bits left over then raise single
-// channels' fine offsets. Fills the offsets, bap and mant. Returns false if not even the
-// smallest offset fits.
-bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine,
-                   FrameData* frame);
 
 // Rescales the spectral extension's coordinates to what the decoder will copy: the decoded
 // coefficients of the copy region (quantized, decoupled, rematrixed) rather than the original

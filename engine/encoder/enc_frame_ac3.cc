@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ac3_tables.h"
+#include "enc_allocate.h"
 #include "crc16.h"
 #include "enc_bsi.h"
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ac3_tables.h"
+#include "enc_allocate.h"
 #include "crc16.h"
 #include "enc_bsi.h"
 #include "enc_encoder.h"
