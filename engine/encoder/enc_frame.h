@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "bit_writer.h"
 #include "enc_bit_allocation.h"
 #include "enc_config.h"
 #include "enc_content_edge.h"
@@ -175,16 +174,6 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
 // ones, which at low rates carry more energy. Call after AllocateFrame; the coordinates'
 // size in bits does not change.
 void MatchSpxToDecodedCopies(FrameData* frame);
-
-// Shared pieces of the block syntax.
-void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);
-// sdcycod, fdcycod, sgaincod, dbpbcod and floorcod.
-void WriteBitAllocParams(BitWriter* bw, const BitAllocParams& ba);
-// Coupling coordinates of the block (cplcoe bits only where `explicit_cplcoe`), then cplexps
-// are written by WriteCouplingExponents.
-void WriteCouplingCoords(BitWriter* bw, const FrameData& frame, int block, bool explicit_cplcoe);
-void WriteCouplingExponents(BitWriter* bw, const FrameData& frame, int block);
-void WriteMantissas(BitWriter* bw, FrameData& frame, int block, MantissaPacker* packer);
 
 }  // namespace ddpi::enc
 

@@ -4,6 +4,7 @@
 
 #include "ac3_tables.h"
 #include "enc_allocate.h"
+#include "enc_block_syntax.h"
 #include "crc16.h"
 #include "enc_bsi.h"
 
