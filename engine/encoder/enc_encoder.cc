@@ -117,6 +117,7 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
       if (c >= frame_.nfch) continue;
       attack.present = transient_[c].DetectFiltered(highpassed_[c] + b * 256, fresh[c] + b * 256);
       attack.rise = transient_[c].rise();
+      attack.quarter = transient_[c].peak_quarter();
     }
   }
 

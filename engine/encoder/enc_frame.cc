@@ -26,6 +26,9 @@ constexpr int kBoostPerDeltaStep = 32;  // a delta step is 6 dB, as are 32 SNR i
 // percentiles and the worst attack against FFmpeg's within 0.1 dB. A bound of 20 raised the
 // worst attack at E-AC-3 by 0.3-0.5 dB; 5 graded as 10.
 constexpr float kExposedAttackRise = 10;
+// Quarters of a block's new samples in which an exposed attack counts as early (see
+// kEarlyAttackBoost).
+constexpr int kEarlyAttackQuarters = 2;
 
 // Spectral extension around attacks and on tonal upper bands (see ExtendFrame and
 // ChooseExtendedChannels).
@@ -209,10 +212,11 @@ void ForEachSpxRun(const FrameData& f, Run run) {
 // before it. Where the attack is exposed (see kExposedAttackRise), both blocks get the
 // plan's attack boost, paid for by the frame's other blocks: more SNR index for every channel
 // (AC-3's coarse offset is shared), or the masking curves of the channels that hold the
-// attack lower by as many delta steps. Deltas go to the full-bandwidth channels only: FFmpeg's
-// decoder counts the coupling channel's segments from the coupling range's first band, and
-// segments counted from band 0 fail there, so until the counting is settled the coupling
-// channel's curve is left alone.
+// attack lower by as many delta steps. In AC-3 the block of an exposed attack that lands early
+// in it takes the plan's early boost on top. Deltas go to the full-bandwidth channels only:
+// FFmpeg's decoder counts the coupling channel's segments from the coupling range's first
+// band, and segments counted from band 0 fail there, so until the counting is settled the
+// coupling channel's curve is left alone.
 void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
   const MaskDelta boosted = UniformMaskDelta(-plan.attack_boost / kBoostPerDeltaStep);
   const bool boost = plan.attack_boost > 0;
@@ -230,6 +234,9 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
       any_exposed |= exposed_in_block[c];
     }
     f->snr_boost[b] = boost && !plan.boost_by_delta && any_exposed ? plan.attack_boost : 0;
+    const bool early = std::any_of(f->ch, f->ch + f->nfch,
+                                   [b](const ChannelFrame& ch) { return ch.early_attack[b]; });
+    if (f->snr_boost[b] > 0 && early) f->snr_boost[b] += plan.early_attack_boost;
     std::fill(f->dba[b], f->dba[b] + kMaxCplChannels + 1, MaskDelta());
     if (boost && plan.boost_by_delta)
       for (int c = 0; c < f->nfch; ++c)
@@ -524,6 +531,7 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     for (int b = 0; b < kBlocks; ++b) {
       ch.blksw[b] = !ch.lfe && attacks[c][b].present;
       ch.exposed_attack[b] = ch.blksw[b] && attacks[c][b].rise >= kExposedAttackRise;
+      ch.early_attack[b] = ch.exposed_attack[b] && attacks[c][b].quarter < kEarlyAttackQuarters;
       const float* x = input[c] + b * ac3::kBlockSamples;
       if (ch.blksw[b]) MdctShort(x, ch.coef[b]);
       else MdctLong(x, ch.coef[b]);

@@ -34,6 +34,7 @@ constexpr float kDitherRms = 0.40819f;  // sqrt(kDitherVariance)
 struct BlockAttack {
   bool present = false;  // the block switches to short transforms
   float rise = 0;        // how far it rises above what came before (TransientDetector::rise)
+  int quarter = 0;       // where in the new samples it lands (TransientDetector::peak_quarter)
 };
 
 struct ChannelFrame {
@@ -43,6 +44,7 @@ struct ChannelFrame {
   bool lfe = false;
   bool blksw[kBlocks] = {};
   bool exposed_attack[kBlocks] = {};  // an attack that nothing before it masks (MarkAttackBlocks)
+  bool early_attack[kBlocks] = {};    // such an attack in the first half of the new samples
   ExpStrategy strategy[kBlocks] = {};
   float coef[kBlocks][256];
   uint8_t exp[kBlocks][256];

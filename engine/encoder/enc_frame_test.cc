@@ -24,9 +24,11 @@ float Noise(uint32_t* seed) {
   return static_cast<float>((*seed >> 8) / 16777216.0 - 0.5);
 }
 
-// An attack far above what came before it (a clap after a pause), and one that rises only a
+// An attack far above what came before it (a clap after a pause), landing in the last quarter
+// of its block's new samples; the same landing in the first quarter; and one that rises only a
 // few times over ringing content (a pluck).
-constexpr BlockAttack kExposedAttack = {true, 100.0f};
+constexpr BlockAttack kExposedAttack = {true, 100.0f, 3};
+constexpr BlockAttack kEarlyExposedAttack = {true, 100.0f, 0};
 constexpr BlockAttack kMaskedAttack = {true, 3.0f};
 
 // An empty frame of the full-bandwidth channels of `acmod`, without LFE.
@@ -200,8 +202,17 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
   EXPECT_EQ(f->snr_boost[0], 32);
   EXPECT_EQ(f->snr_boost[1], 0);
 
+  // An exposed attack early in its block: its block alone takes the early boost on top.
+  attacks[0][2] = kEarlyExposedAttack;
+  AnalyzeFrame(channels, attacks, plan, f.get());
+  ASSERT_GT(plan.early_attack_boost, 0);
+  const int early_expected[kBlocks] = {0, 0, 32 + plan.early_attack_boost, 32, 0, 0};
+  for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], early_expected[b]) << "block " << b;
+  ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
+  EXPECT_EQ(f->BlockCoarseOffset(2), f->csnroffst + (32 + plan.early_attack_boost) / 16);
+
   // An attack heard against the content before it switches to short transforms but takes no
-  // bits from the rest of the frame.
+  // bits from the rest of the frame, wherever it lands.
   attacks[0][2] = kMaskedAttack;
   AnalyzeFrame(channels, attacks, plan, f.get());
   EXPECT_TRUE(f->ch[0].blksw[2]);

@@ -46,6 +46,9 @@ struct CodingPlan {
   // delta bit allocation.
   int attack_boost = 0;
   bool boost_by_delta = false;
+  // SNR index added on top to the block of an exposed attack that lands in the first half of
+  // its new samples (AC-3 only; see kEarlyAttackBoost).
+  int early_attack_boost = 0;
 };
 // `extension`: the stream may use spectral extension (E-AC-3).
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);

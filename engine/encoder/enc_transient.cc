@@ -48,6 +48,7 @@ void TransientDetector::Reset() {
   std::fill(quarters_before_, quarters_before_ + 8, 0.0f);
   std::fill(full_quarters_before_, full_quarters_before_ + 8, 0.0f);
   rise_ = 0;
+  peak_quarter_ = 0;
 }
 
 void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
@@ -94,6 +95,7 @@ bool TransientDetector::DetectFiltered(const float* filtered, const float* block
   QuarterPeaks(block, full_quarter);
   Shift(quarter, quarters_before_, history);
   Shift(full_quarter, full_quarters_before_, full_history);
+  peak_quarter_ = static_cast<int>(std::max_element(quarter, quarter + 4) - quarter);
 
   bool transient = false;
   rise_ = 0;

@@ -42,6 +42,9 @@ class TransientDetector {
   // without an attack. A pluck over ringing strings rises a few times, a clap or a castanet
   // after a pause tens to hundreds of times.
   float rise() const { return rise_; }
+  // Which 64-sample quarter (0..3) of the last judged block's new samples holds its highest
+  // high-passed peak: where an attack in that block lands.
+  int peak_quarter() const { return peak_quarter_; }
 
  private:
   static constexpr int kLevels = 3;
@@ -54,6 +57,7 @@ class TransientDetector {
   float quarters_before_[8] = {};
   float full_quarters_before_[8] = {};
   float rise_ = 0;
+  int peak_quarter_ = 0;
 };
 
 }  // namespace ddpi::enc

@@ -55,6 +55,24 @@ TEST(Transient, AttackAfterQuietSwitchesOnlyItsBlock) {
   EXPECT_GT(t.rise(), 100.0f);
 }
 
+// Where in its block an attack lands: the quarter of the new samples holding the high band's
+// peak.
+TEST(Transient, PeakQuarterSaysWhereTheAttackLands) {
+  for (int onset : {20, 100, 140, 250}) {
+    TransientDetector t;
+    t.Reset();
+    float quiet[256], attack[256];
+    for (int n = 0; n < 256; ++n) quiet[n] = 0.001f * std::sin(0.3f * n);
+    for (int n = 0; n < 256; ++n) {
+      const float click = 0.8f * ((n % 2) ? 1.0f : -1.0f) * std::exp(-(n - onset) / 8.0f);
+      attack[n] = n < onset ? quiet[n] : click;
+    }
+    for (int b = 0; b < 4; ++b) t.Detect(quiet);
+    EXPECT_TRUE(t.Detect(attack)) << "onset " << onset;
+    EXPECT_EQ(t.peak_quarter(), onset / 64) << "onset " << onset;
+  }
+}
+
 // A clap whose first rise falls at the end of the block before: the rise, though well above
 // the quiet before it, must not hide the clap: 8 times louder than the rise, 40 times louder
 // than the quiet.
