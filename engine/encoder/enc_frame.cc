@@ -212,13 +212,15 @@ void ForEachSpxRun(const FrameData& f, Run run) {
 // before it. Where the attack is exposed (see kExposedAttackRise), both blocks get the
 // plan's attack boost, paid for by the frame's other blocks: more SNR index for every channel
 // (AC-3's coarse offset is shared), or the masking curves of the channels that hold the
-// attack lower by as many delta steps. In AC-3 the block of an exposed attack that lands early
-// in it takes the plan's early boost on top. Deltas go to the full-bandwidth channels only:
+// attack lower by as many delta steps. The block of an exposed attack that lands early in it
+// takes the plan's early boost on top. Deltas go to the full-bandwidth channels only:
 // FFmpeg's decoder counts the coupling channel's segments from the coupling range's first
 // band, and segments counted from band 0 fail there, so until the counting is settled the
 // coupling channel's curve is left alone.
 void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
   const MaskDelta boosted = UniformMaskDelta(-plan.attack_boost / kBoostPerDeltaStep);
+  const MaskDelta early_boosted =
+      UniformMaskDelta(-(plan.attack_boost + plan.early_attack_boost) / kBoostPerDeltaStep);
   const bool boost = plan.attack_boost > 0;
   for (int b = 0; b < kBlocks; ++b) {
     f->around_attack[b] = false;
@@ -240,7 +242,7 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
     std::fill(f->dba[b], f->dba[b] + kMaxCplChannels + 1, MaskDelta());
     if (boost && plan.boost_by_delta)
       for (int c = 0; c < f->nfch; ++c)
-        if (exposed_in_block[c]) f->dba[b][c] = boosted;
+        if (exposed_in_block[c]) f->dba[b][c] = f->ch[c].early_attack[b] ? early_boosted : boosted;
   }
   for (int c = 0; c < f->nfch; ++c) {
     f->last_block_short[c] = f->ch[c].blksw[kBlocks - 1];

@@ -220,6 +220,37 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
   for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], 0) << "block " << b;
 }
 
+// E-AC-3 says the attack boost through the attack channel's masking curve: two delta steps
+// lower in the attack's block and the next, a third in the block of an attack that lands early.
+TEST(Frame, Eac3AttackBlocksLowerTheirChannelsMaskingCurve) {
+  auto f = NewFrame(2);
+  std::vector<float> input(2 * (kHistory + kFrameInput));
+  uint32_t seed = 11;
+  for (float& x : input) x = 0.3f * Noise(&seed);
+  const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
+  const CodingPlan plan = PlanForRate(128, 2, false, true);
+  ASSERT_TRUE(plan.boost_by_delta);
+  auto steps = [&](int b, int c) {
+    const MaskDelta& d = f->dba[b][c];
+    EXPECT_TRUE(std::all_of(d.step, d.step + ac3::kBands,
+                            [&](int8_t step) { return step == d.step[0]; }));
+    return static_cast<int>(d.step[0]);
+  };
+  for (const BlockAttack attack : {kExposedAttack, kEarlyExposedAttack}) {
+    BlockAttack attacks[kMaxChannels][kBlocks] = {};
+    attacks[0][2] = attack;
+    std::fill(f->last_block_short, f->last_block_short + kMaxCplChannels, false);
+    std::fill(f->last_block_exposed, f->last_block_exposed + kMaxCplChannels, false);
+    AnalyzeFrame(channels, attacks, plan, f.get());
+    const int expected[kBlocks] = {0, 0, attack.quarter < 2 ? -3 : -2, -2, 0, 0};
+    for (int b = 0; b < kBlocks; ++b) {
+      EXPECT_EQ(steps(b, 0), expected[b]) << "block " << b << ", quarter " << attack.quarter;
+      EXPECT_EQ(steps(b, 1), 0) << "block " << b;
+      EXPECT_EQ(f->snr_boost[b], 0) << "block " << b;
+    }
+  }
+}
+
 // The blocks around an attack get coordinates of their own that rebuild a quarter of the
 // original's upper band; the others restore all of it.
 TEST(Frame, SpectralExtensionRebuildsAQuarterAroundAnAttack) {

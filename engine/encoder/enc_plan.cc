@@ -99,15 +99,19 @@ constexpr int kMultichannelBoostDivisor = 2;
 // An exposed attack that lands in the first half of its block's new samples leaves error in
 // the last millisecond or two before it: a castanet at AC-3 2.0 192k, 1 ms before its onset,
 // -26 dB against FFmpeg's -39 (in band, not the part of the click above our band). Its block
-// alone takes two more coarse offset steps (6 dB); the block after it keeps the plain boost.
-// Pre-echo over the 102 attacks, median / 90th percentile / worst against FFmpeg's: AC-3 2.0
-// 192k 2.8 / 6.4 / +5.0 -> 2.7 / 5.9 / +3.8 dB, 128k 5.0 / 9.8 / +6.4 -> 4.5 / 9.6 / +6.0,
-// 5.1 448k 2.8 / 7.6 / +2.6 -> 2.4 / 6.9 / +2.6, 384k 3.6 / 9.5 / +1.9 -> 2.9 / 8.4 / +1.1.
-// PEAQ means within 0.01 (applause at 128k -0.09 advanced, castanets at 192k +0.04), the
-// held-out music within 0.01. One step instead: 192k 2.9 / 6.1 / +4.0, 128k 4.9 / 9.7 / +6.0;
+// alone takes 6 dB more (two coarse offset steps, in E-AC-3 one more delta step); the block
+// after it keeps the plain boost. Like the plain boost, it halves for more than two channels,
+// which in E-AC-3's 6 dB steps is none. Pre-echo over the 102 attacks, median / 90th
+// percentile / worst against FFmpeg's: AC-3 2.0 192k 2.8 / 6.4 / +5.0 -> 2.7 / 5.9 / +3.8 dB,
+// 128k 5.0 / 9.8 / +6.4 -> 4.5 / 9.6 / +6.0, 5.1 448k 2.8 / 7.6 / +2.6 -> 2.8 / 7.3 / +2.6,
+// 384k 3.6 / 9.5 / +1.9 -> 3.0 / 8.9 / +1.1; E-AC-3 2.0 96k 5.2 / 10.3 / +7.8 -> 4.7 / 10.3 /
+// +7.5, 128k 5.2 / 9.5 / +5.7 -> 4.6 / 9.2 / +5.8. PEAQ means within 0.01 (applause -0.09
+// advanced at AC-3 128k, -0.15 at E-AC-3 96k; castanets +0.04 at AC-3 192k), the held-out
+// music within 0.01. One step instead (AC-3): 192k 2.9 / 6.1 / +4.0, 128k 4.9 / 9.7 / +6.0;
 // three lowered the medians up to 0.3 dB more but cost up to 0.02 of PEAQ; counting the third
 // quarter as early too: 192k worst +3.3 but 128k +6.3. Attacks in the second half took 3 dB
-// more without lowering the worst (+5.2 at 192k, +7.6 at 128k).
+// more without lowering the worst (+5.2 at 192k, +7.6 at 128k). In E-AC-3 5.1 the extra step
+// lowered the medians 0.3-0.8 dB but put 256k's worst attack at +3.4.
 constexpr int kEarlyAttackBoost = 32;
 
 // Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
@@ -267,8 +271,11 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.frame_bits = kbps * 32;
   plan.boost_by_delta = extension;
   plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kAttackBoost;
-  if (nfch > 2) plan.attack_boost /= kMultichannelBoostDivisor;
-  plan.early_attack_boost = plan.boost_by_delta ? 0 : kEarlyAttackBoost;
+  plan.early_attack_boost = kEarlyAttackBoost;
+  if (nfch > 2) {
+    plan.attack_boost /= kMultichannelBoostDivisor;
+    plan.early_attack_boost /= kMultichannelBoostDivisor;
+  }
   // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   ChooseCoupling(per_channel, acmod, end, &plan);

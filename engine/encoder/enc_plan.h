@@ -47,7 +47,7 @@ struct CodingPlan {
   int attack_boost = 0;
   bool boost_by_delta = false;
   // SNR index added on top to the block of an exposed attack that lands in the first half of
-  // its new samples (AC-3 only; see kEarlyAttackBoost).
+  // its new samples (see kEarlyAttackBoost), in the same way as attack_boost.
   int early_attack_boost = 0;
 };
 // `extension`: the stream may use spectral extension (E-AC-3).
