@@ -45,7 +45,6 @@ constexpr double kSpxAttackEnergy = 0.25;
 // noisy frames too and lost).
 constexpr double kSpxTonalFlatness = 0.002;
 
-
 // Exponent strategies of every channel, reusing more and grouping more coarsely until the
 // exponents take at most kExponentShare of the frame, so that mantissas keep enough bits when
 // the spectrum changes from block to block.
