@@ -234,10 +234,11 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
       exposed_in_block[c] = ch.exposed_attack[b] || exposed_before;
       any_exposed |= exposed_in_block[c];
     }
-    f->snr_boost[b] = boost && !plan.boost_by_delta && any_exposed ? plan.attack_boost : 0;
+    // An early attack is an exposed one, so any_exposed holds wherever early does.
     const bool early = std::any_of(f->ch, f->ch + f->nfch,
                                    [b](const ChannelFrame& ch) { return ch.early_attack[b]; });
-    if (f->snr_boost[b] > 0 && early) f->snr_boost[b] += plan.early_attack_boost;
+    const int block_boost = plan.attack_boost + (early ? plan.early_attack_boost : 0);
+    f->snr_boost[b] = boost && !plan.boost_by_delta && any_exposed ? block_boost : 0;
     std::fill(f->dba[b], f->dba[b] + kMaxCplChannels + 1, MaskDelta());
     if (boost && plan.boost_by_delta)
       for (int c = 0; c < f->nfch; ++c)
