@@ -118,6 +118,9 @@ int Encoder::EncodeFrame(const float* const slots[kInputSlots], uint8_t* out,
       attack.present = transient_[c].DetectFiltered(highpassed_[c] + b * 256, fresh[c] + b * 256);
       attack.rise = transient_[c].rise();
       attack.quarter = transient_[c].peak_quarter();
+      // A masked onset of tonal content keeps the long transform (see kTonalBlockFlatness).
+      if (attack.present && attack.rise < kExposedAttackRise && TonalBlock(history_[c] + b * 256))
+        attack.present = false;
     }
   }
 

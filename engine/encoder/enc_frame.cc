@@ -6,6 +6,7 @@
 
 #include "ac3_tables.h"
 #include "enc_mdct.h"
+#include "enc_transient.h"
 
 namespace ddpi::enc {
 namespace {
@@ -13,19 +14,6 @@ namespace {
 // E-AC-3 says the plan's attack boost (see PlanForRate) through delta bit allocation.
 constexpr int kBoostPerDeltaStep = 32;  // a delta step is 6 dB, as are 32 SNR index units
 
-// Only an attack that rises at least this many times over the full-band peak of the 256
-// samples before it (TransientDetector::rise) is boosted. Below that, what came before is loud
-// enough to mask the pre-echo at the frame's own offset, and the boost only takes bits from
-// the rest of the frame: harpsichord plucks over ringing strings rise 2-9 times, claps,
-// castanets and speech onsets 10 to several hundred times. PEAQ, ours minus FFmpeg, basic /
-// advanced: E-AC-3 2.0 128k +0.36 / +0.13 -> +0.38 / +0.13 (harpsichord +0.21 / +0.07),
-// 5.1 256k +0.47 / +0.26 -> +0.48 / +0.26, AC-3 5.1 384k +0.28 -> +0.29 basic, the other
-// settings within 0.01; harpsichord +0.03 at AC-3 2.0 128k, no item lower by more than 0.03
-// but one drum recording's advanced grade (-0.06). Pre-echo over the 102 attacks: medians
-// within 0.5 dB (E-AC-3 2.0 96k 5.4 -> 5.1 dB, 5.1 192k 6.6 -> 6.1, 256k 4.8 -> 5.0), 90th
-// percentiles and the worst attack against FFmpeg's within 0.1 dB. A bound of 20 raised the
-// worst attack at E-AC-3 by 0.3-0.5 dB; 5 graded as 10.
-constexpr float kExposedAttackRise = 10;
 // Quarters of a block's new samples in which an exposed attack counts as early (see
 // kEarlyAttackBoost).
 constexpr int kEarlyAttackQuarters = 2;

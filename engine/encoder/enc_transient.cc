@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "enc_mdct.h"
+
 namespace ddpi::enc {
 namespace {
 
@@ -117,6 +119,20 @@ bool TransientDetector::DetectFiltered(const float* filtered, const float* block
     }
   }
   return transient;
+}
+
+bool TonalBlock(const float* in512) {
+  constexpr int kFirstBin = 20, kEndBin = 170;  // 1.9-16 kHz
+  float coef[256];
+  MdctLong(in512, coef);
+  double log_sum = 0, sum = 0;
+  for (int k = kFirstBin; k < kEndBin; ++k) {
+    const double power = double{coef[k]} * coef[k] + 1e-20;
+    log_sum += std::log(power);
+    sum += power;
+  }
+  constexpr int n = kEndBin - kFirstBin;
+  return std::exp(log_sum / n) < kTonalBlockFlatness * (sum / n);
 }
 
 }  // namespace ddpi::enc

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 
 namespace ddpi::enc {
 namespace {
@@ -123,6 +124,31 @@ TEST(Transient, SilenceAndNoiseFloorAreNotAttacks) {
   EXPECT_FALSE(t.Detect(block));
   for (int n = 0; n < 256; ++n) block[n] = (n % 3 - 1) * 0.002f;  // below the silence threshold
   EXPECT_FALSE(t.Detect(block));
+}
+
+// What keeps a masked onset on long transforms: a spectrum of a few partials is tonal, a
+// click's or noise's is not.
+TEST(Transient, TonalBlockTellsPartialsFromClicksAndNoise) {
+  float x[512];
+  for (int n = 0; n < 512; ++n)
+    x[n] = static_cast<float>(0.3 * std::sin(2 * M_PI * 2093.0 * n / 48000) +
+                              0.1 * std::sin(2 * M_PI * 5777.0 * n / 48000) +
+                              0.05 * std::sin(2 * M_PI * 11302.0 * n / 48000));
+  EXPECT_TRUE(TonalBlock(x));
+  // The same partials with a strike's click at the onset stay tonal.
+  x[300] += 0.3f;
+  EXPECT_TRUE(TonalBlock(x));
+
+  float click[512] = {};
+  click[300] = 0.8f;
+  EXPECT_FALSE(TonalBlock(click));
+  uint32_t seed = 5;
+  float noise[512];
+  for (float& v : noise) {
+    seed = seed * 1664525u + 1013904223u;
+    v = static_cast<float>(seed) / 4294967296.0f - 0.5f;
+  }
+  EXPECT_FALSE(TonalBlock(noise));
 }
 
 }  // namespace
