@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "ac3_tables.h"
+#include "enc_flatness.h"
 #include "enc_mdct.h"
 #include "enc_transient.h"
 
@@ -272,27 +273,11 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
   });
 }
 
-// Spectral flatness (geometric over arithmetic mean of the power) of channel c's original
-// extended range over the frame: near 0 for a few stable partials, about 0.5 for noise.
+// Spectral flatness of channel c's original extended range over the frame.
 double ExtendedRangeFlatness(const FrameData& f, int c) {
-  // The logarithm of the geometric mean from products of up to 16 powers, one logarithm per
-  // product: each power lies within [1e-12, 4], so a product stays far from the double's
-  // limits.
-  constexpr int kPerProduct = 16;
-  double log_sum = 0, sum = 0, product = 1;
-  int count = 0;
-  for (int b = 0; b < kBlocks; ++b)
-    for (int k = f.spx.begin; k < f.spx.end; ++k) {
-      const double power = static_cast<double>(f.ch[c].coef[b][k]) * f.ch[c].coef[b][k] + 1e-12;
-      sum += power;
-      product *= power;
-      if (++count % kPerProduct == 0) {
-        log_sum += std::log(product);
-        product = 1;
-      }
-    }
-  log_sum += std::log(product);
-  return count ? std::exp(log_sum / count) / (sum / count) : 1.0;
+  const float* coefs[kBlocks];
+  for (int b = 0; b < kBlocks; ++b) coefs[b] = f.ch[c].coef[b];
+  return SpectralFlatness(coefs, kBlocks, f.spx.begin, f.spx.end, 1e-12);
 }
 
 // Which channels the extension rebuilds in this frame. A channel whose upper band holds stable

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "enc_flatness.h"
 #include "enc_mdct.h"
 
 namespace ddpi::enc {
@@ -125,14 +126,8 @@ bool TonalBlock(const float* in512) {
   constexpr int kFirstBin = 20, kEndBin = 170;  // 1.9-16 kHz
   float coef[256];
   MdctLong(in512, coef);
-  double log_sum = 0, sum = 0;
-  for (int k = kFirstBin; k < kEndBin; ++k) {
-    const double power = double{coef[k]} * coef[k] + 1e-20;
-    log_sum += std::log(power);
-    sum += power;
-  }
-  constexpr int n = kEndBin - kFirstBin;
-  return std::exp(log_sum / n) < kTonalBlockFlatness * (sum / n);
+  const float* const blocks[1] = {coef};
+  return SpectralFlatness(blocks, 1, kFirstBin, kEndBin, 1e-20) < kTonalBlockFlatness;
 }
 
 }  // namespace ddpi::enc
