@@ -5,7 +5,7 @@
 # the original (dB), pre-echo per attack (dB added in the 5 ms before it) and each 5.1
 # channel's lag after the reported delay (ours) or the found one (FFmpeg's).
 #   run.sh [--quick] [--holdout] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR]
-#          [--jobs N] [--ours-only] [--ffmpeg-from DIR]
+#          [--jobs N] [--ours-only] [--ffmpeg-from DIR] [--lean]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
 # eac3_51_256. --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
 # --holdout grades the held-out items (make_holdout_items.sh: music the encoder was never
@@ -14,6 +14,8 @@
 # (its encoder is deterministic), which halves a run while tuning. --ffmpeg-from DIR does the
 # same with FFmpeg's results and the items of another work folder, so that each variant of a
 # tuning run gets a folder of its own.
+# --lean deletes each decoded file once it is graded and measured: a full run otherwise keeps
+# about half a gigabyte of them, which explain.sh needs and little else does.
 # 5.1 items are graded pair by pair (L/R, C, Ls/Rs) and the item's grade is their mean.
 # Needs the PEAQ tool (PEAQ_GRADE, default ../shared/tools/peaq/grade.sh) and the item
 # packages (scripts/quality.sh installs them and runs this).
@@ -26,6 +28,7 @@ encoders="ours ffmpeg"
 items=
 holdout=
 ffmpeg_from=
+lean=
 settings="ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192 eac3_51_256"
 while [ $# -gt 0 ]; do
   case $1 in
@@ -38,6 +41,7 @@ while [ $# -gt 0 ]; do
     --jobs) jobs=$2; shift ;;
     --ours-only) encoders=ours ;;
     --ffmpeg-from) ffmpeg_from=$(cd "$2" && pwd); encoders=ours; shift ;;
+    --lean) lean=1 ;;
     *) echo "unknown option $1" >&2; exit 2 ;;
   esac
   shift
@@ -136,9 +140,10 @@ run_one() {
     "$(awk '$1 == "above_band" {print $2}' "$dir/measure.txt")" "$lfe" "${lags:--}" \
     "${attacks:--}" "$per_pair" >"$dir/result.txt"
   rm -f "$dir"/ref_*.wav "$dir"/test_*.wav
+  if [ -n "$lean" ]; then rm -f "$dir/decoded.wav"; fi
 }
 export -f run_one
-export work build probe grade
+export work build probe grade lean
 
 for setting in $settings; do
   for item in ${items//,/ }; do
