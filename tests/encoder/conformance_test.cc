@@ -264,5 +264,57 @@ TEST(Lfe, StaysPreciseUnderLoudFullBandwidthChannels) {
   EXPECT_GT(snr, 24);
 }
 
+// The frame budget's worst case: full-scale white noise in every channel, cut by gaps of
+// silence so that each burst's onset switches to short transforms (fresh exponents in every
+// block, the costliest side information there is). At each layout's lowest rate and the
+// highest, every frame still fits: the stream keeps its size, decodes clean and every
+// full-bandwidth channel keeps its level in the waveform-coded band.
+TEST(Budget, FullScaleNoiseBurstsFitEveryFrame) {
+  constexpr size_t kSamples = 24000;
+  constexpr size_t kBurst = 4800, kGap = 2400;
+  struct Layout {
+    int acmod;
+    bool lfe;
+  };
+  for (int mode : {DDPI_ENC_MODE_DDPLUS, DDPI_ENC_MODE_DD}) {
+    const bool ac3 = mode == DDPI_ENC_MODE_DD;
+    for (const Layout layout : {Layout{1, false}, Layout{2, false}, Layout{7, true}}) {
+      for (int kbps : {MinimumRate(layout.acmod), ac3 ? 640 : 1024}) {
+        SCOPED_TRACE(std::string(ac3 ? "AC-3" : "E-AC-3") + " acmod " +
+                     std::to_string(layout.acmod) + " at " + std::to_string(kbps) + " kbps");
+        EncodeRequest req;
+        req.mode = mode;
+        req.slots = ddtest::SlotsForLayout(layout.acmod, layout.lfe);
+        for (size_t i = 0; i < req.slots.size(); ++i) {
+          std::vector<float> x = ddtest::WhiteNoise(kSamples, 0.57, 40 + static_cast<uint32_t>(i));
+          for (size_t n = 0; n < kSamples; ++n)
+            if (n % (kBurst + kGap) >= kBurst) x[n] = 0.0f;
+          req.input.channels.push_back(std::move(x));
+        }
+        req.params = {{DDPI_ENC_PARAM_DATARATE, kbps}, {DDPI_ENC_PARAM_ACMOD, layout.acmod},
+                      {DDPI_ENC_PARAM_LFE, layout.lfe}, {DDPI_ENC_PARAM_DRC_LINE, 0},
+                      {DDPI_ENC_PARAM_DRC_RF, 0},       {DDPI_ENC_PARAM_DCFILT, 0}};
+        const EncodeResult enc = EncodeWithEngine(req);
+        ASSERT_EQ(enc.error, 0);
+        ASSERT_FALSE(enc.stream.empty());
+        EXPECT_EQ(enc.stream.size() % (kbps * 4), 0u);
+        const ddtest::DecodeResult dec = ddtest::DecodeBytes(enc.stream, ac3 ? "ac3" : "ec3");
+        ASSERT_TRUE(dec.Clean()) << dec.stderr_text;
+        ASSERT_EQ(dec.channels, static_cast<int>(req.slots.size()));
+        // Up to 1 kHz short of the coded band's top, which frames with an attack low-pass.
+        const double band = std::min(WaveformBandHz(kbps, layout.acmod, layout.lfe, !ac3),
+                                     CodedBandHz(kbps, layout.acmod, layout.lfe, !ac3) - 1000);
+        for (size_t i = 0; i < req.slots.size(); ++i) {
+          if (req.slots[i] == 3) continue;  // the LFE keeps only its low-passed band
+          const std::vector<float> out(dec.audio.channels[i].begin() + enc.delay,
+                                       dec.audio.channels[i].end());
+          EXPECT_NEAR(ddtest::BandEnergyRatioDb(req.input.channels[i], out, 0, band), 0.0, 1.5)
+              << "channel " << i;
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace ddenc_test

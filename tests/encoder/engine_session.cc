@@ -74,6 +74,10 @@ double WaveformBandHz(int kbps, int acmod, bool lfe, bool eac3) {
   return plan.spx ? plan.spx_layout.begin * 93.75 : 24000;  // bins of 48000 / 512 Hz
 }
 
+double CodedBandHz(int kbps, int acmod, bool lfe, bool eac3) {
+  return ddpi::enc::CodedBandEnd(ddpi::enc::PlanForRate(kbps, acmod, lfe, eac3)) * 93.75;
+}
+
 StereoRoundTrip RoundTripStereo(int mode, int kbps, const ddtest::Planar& input,
                                 const std::string& extension) {
   EncodeRequest req;

@@ -47,6 +47,9 @@ EncodeResult EncodeWithEngine(const EncodeRequest& request);
 // signal is synthesized, so waveform comparisons stop there.
 double WaveformBandHz(int kbps, int acmod, bool lfe, bool eac3);
 
+// Top of the band the engine codes at all at this rate (waveform, coupled or extended).
+double CodedBandHz(int kbps, int acmod, bool lfe, bool eac3);
+
 }  // namespace ddenc_test
 
 #endif  // DD_TESTS_ENCODER_ENGINE_SESSION_H
