@@ -280,6 +280,37 @@ TEST(Frame, SpectralExtensionRebuildsAQuarterAroundAnAttack) {
   EXPECT_LT(per_block(2, 1) / plain, 0.5);
 }
 
+// An upper band that rises where the band copied into it does not (noise from 12 kHz up
+// entering in block 3 over steady broadband noise) takes coordinates of its own from that
+// block; broadband noise that grows by as much throughout keeps one set for the frame.
+TEST(Frame, SpectralExtensionStartsARunWhereTheUpperBandRisesAlone) {
+  const CodingPlan plan = PlanForRate(48, 1, false, true);
+  ASSERT_TRUE(plan.spx);
+  constexpr int kLength = kHistory + kFrameInput;
+  constexpr int kRise = 4 * 256;  // the first new sample of block 3
+  for (const bool upper_only : {true, false}) {
+    std::vector<float> input(kLength);
+    uint32_t seed = 5;
+    for (float& x : input) x = 0.05f * Noise(&seed);
+    // Noise whose fourth difference keeps mostly what lies above 12 kHz.
+    std::vector<float> burst(kLength + 4);
+    for (float& x : burst) x = Noise(&seed);
+    for (int n = kRise; n < kLength; ++n) {
+      const float* b = &burst[n];
+      input[n] += upper_only ? 0.05f * (b[4] - 4 * b[3] + 6 * b[2] - 4 * b[1] + b[0])
+                             : 0.2f * b[0];
+    }
+    auto f = NewFrame(1);
+    const float* channels[1] = {input.data()};
+    BlockAttack attacks[kMaxChannels][kBlocks] = {};
+    AnalyzeFrame(channels, attacks, plan, f.get());
+    ASSERT_TRUE(f->spxinu && f->chinspx[0]);
+    for (int b = 0; b < kBlocks; ++b)
+      EXPECT_EQ(f->spxcoe[b], b == 0 || (upper_only && b == 3))
+          << "block " << b << (upper_only ? ", upper band alone" : ", broadband");
+  }
+}
+
 // Zero-bit bins of a dense spectrum are filled with noise by the decoder; bins that held
 // nothing, and those of the blocks around an attack, stay silent.
 TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {

@@ -143,6 +143,15 @@ void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& l, d
   }
 }
 
+double SpxRangeOverCopy(const float* coef, const SpxLayout& layout) {
+  double original[kMaxSpxSubbands], copied[kMaxSpxSubbands];
+  SpxBandEnergies(&coef, 1, layout, original, copied);
+  constexpr double kFloor = 1e-12;
+  double range = kFloor, copy = kFloor;
+  for (int band = 0; band < layout.bands; ++band) range += original[band], copy += copied[band];
+  return range / copy;
+}
+
 void SpxGainsFromEnergies(const double* original, const double* copied, int bands, float* gain) {
   for (int band = 0; band < bands; ++band) {
     const double ratio = copied[band] > 0 ? std::sqrt(original[band] / copied[band]) : 0.0;

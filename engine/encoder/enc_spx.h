@@ -62,6 +62,11 @@ void QuantizeSpxCoords(const float* value, int bands, SpxCoords* out);
 void SpxBandEnergies(const float* const* coef, int blocks, const SpxLayout& layout,
                      double* original, double* copied);
 
+// In one block (`coef`: its 256 bins), the extended range's energy over that of the bins the
+// decoder copies into it: the square of the gain a single coordinate for the whole range
+// would need. Energies are floored at a tiny power, so a silent block measures 1.
+double SpxRangeOverCopy(const float* coef, const SpxLayout& layout);
+
 // Gains that give each band the original's energy: sqrt(original / copied), 0 where nothing
 // is copied, at most the largest the syntax carries.
 void SpxGainsFromEnergies(const double* original, const double* copied, int bands, float* gain);
