@@ -29,10 +29,11 @@ constexpr int kSpxTransientBlend = 31;
 // 96k 16.2 -> 12.8 dB, 128k 15.0 -> 12.7 dB, PEAQ within 0.02; rebuilding nothing there
 // reached 12.2 / 11.9 dB but cost a 5.1 percussion mix 0.16 at 192k (this: 0.06).
 constexpr double kSpxAttackEnergy = 0.25;
-// Rise of a block's extended range against what is copied into it (SpxRangeOverCopy), over
-// the first block of its run of coordinates, that starts a new run: the upper band has risen
-// where the band below it did not (a hi-hat over a held chord), and coordinates shared with
-// the blocks before would spread its energy over them and leave the rise itself short. PEAQ,
+// A block whose extended range, measured against what is copied into it (SpxRangeOverCopy),
+// has risen more than kSpxRunRise times over the first block of its run of coordinates starts
+// a new run: the upper band has risen where the band below it did not (a hi-hat over a held
+// chord), and coordinates shared with the blocks before would spread its energy over them and
+// leave the rise itself short. PEAQ,
 // ours minus FFmpeg, basic / advanced: E-AC-3 2.0 96k +1.04 / +1.37 -> +1.04 / +1.40 (drums,
 // metal and rock +0.03 to +0.05 / +0.13 to +0.16; electronic music -0.03 / -0.05), 128k +0.47
 // / +0.21 -> +0.47 / +0.22, 5.1 192k +0.64 / +0.50 -> +0.65 / +0.52, 256k within 0.01; the
