@@ -29,17 +29,16 @@ constexpr int kSpxTransientBlend = 31;
 // 96k 16.2 -> 12.8 dB, 128k 15.0 -> 12.7 dB, PEAQ within 0.02; rebuilding nothing there
 // reached 12.2 / 11.9 dB but cost a 5.1 percussion mix 0.16 at 192k (this: 0.06).
 constexpr double kSpxAttackEnergy = 0.25;
-// A block whose extended range, measured against what is copied into it (SpxRangeOverCopy),
-// has risen more than kSpxRunRise times over the first block of its run of coordinates starts
-// a new run: the upper band has risen where the band below it did not (a hi-hat over a held
-// chord), and coordinates shared with the blocks before would spread its energy over them and
-// leave the rise itself short. PEAQ,
-// ours minus FFmpeg, basic / advanced: E-AC-3 2.0 96k +1.04 / +1.37 -> +1.04 / +1.40 (drums,
-// metal and rock +0.03 to +0.05 / +0.13 to +0.16; electronic music -0.03 / -0.05), 128k +0.47
-// / +0.21 -> +0.47 / +0.22, 5.1 192k +0.64 / +0.50 -> +0.65 / +0.52, 256k within 0.01; the
-// held-out music at 96k +0.33 / +0.97 -> +0.39 / +1.00 (brass +0.39 basic), at 128k within
-// 0.01. A new run where the ratio fell as well cost the electronic music 0.12 / 0.17; rises
-// of 2.5 times gained as much on the drums and lost more elsewhere, 8 times gained less.
+// A block whose extended range, measured against what is copied into it (SpxRangeOverCopy), has
+// risen more than kSpxRunRise times over the first block of its run of coordinates starts a new
+// run: the upper band has risen where the band below it did not (a hi-hat over a held chord), and
+// coordinates shared with the blocks before would spread its energy over them and leave the rise
+// itself short. PEAQ, ours minus FFmpeg, basic / advanced: E-AC-3 2.0 96k +1.04 / +1.37 -> +1.04 /
+// +1.40 (drums, metal and rock +0.03 to +0.05 / +0.13 to +0.16; electronic music -0.03 / -0.05),
+// 128k +0.47 / +0.21 -> +0.47 / +0.22, 5.1 192k +0.64 / +0.50 -> +0.65 / +0.52, 256k within 0.01;
+// the held-out music at 96k +0.33 / +0.97 -> +0.39 / +1.00 (brass +0.39 basic), at 128k within
+// 0.01. A new run where the ratio fell as well cost the electronic music 0.12 / 0.17; rises of 2.5
+// times gained as much on the drums and lost more elsewhere, 8 times gained less.
 constexpr double kSpxRunRise = 4.0;
 // Flatness of the original's upper band below which a channel keeps its mantissas there
 // (2.0 96k: 0.002 -> +0.06 mean ODG, glockenspiel -3.76 -> -2.66; from 0.02 up the gate took
