@@ -107,6 +107,59 @@ TEST(Frame, Eac3FramesHaveFrmsizAndCrc) {
   }
 }
 
+// The plan of every rate fits its frames in the worst case: loud noise in every channel that
+// changes from block to block, in bursts whose onsets switch to short transforms, at every
+// AC-3 rate and every 32 kbps of E-AC-3, for every channel configuration with and without LFE.
+// Side information that outgrows a frame at some rate and layout shows up here as a frame that
+// cannot be fitted.
+TEST(Frame, EveryRateFitsChangingNoiseBursts) {
+  static const int kAc3Rates[] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
+                                  192, 224, 256, 320, 384, 448, 512, 576, 640};
+  std::vector<float> planes(kInputSlots * 1536);
+  const float* slots[kInputSlots];
+  for (int s = 0; s < kInputSlots; ++s) slots[s] = &planes[s * 1536];
+  auto enc = std::make_unique<Encoder>();
+  for (const bool eac3 : {false, true}) {
+    std::vector<int> rates;
+    if (eac3) for (int kbps = 32; kbps <= 1024; kbps += 32) rates.push_back(kbps);
+    else rates.assign(std::begin(kAc3Rates), std::end(kAc3Rates));
+    for (int acmod = 0; acmod < 8; ++acmod) {
+      for (const bool lfe : {false, true}) {
+        for (const int kbps : rates) {
+          if (kbps < MinimumRate(acmod)) continue;
+          EncoderConfig cfg;
+          cfg.eac3 = eac3;
+          cfg.acmod = acmod;
+          cfg.lfe = lfe;
+          cfg.kbps = kbps;
+          enc->Configure(cfg);
+          uint32_t seed = 7;
+          for (int f = 0; f < 5; ++f) {
+            // Every 256 samples the noise changes level and colour (plain or differenced),
+            // so that no block can reuse the exponents of the one before; frame 2 is silent
+            // but for a burst that starts halfway through it.
+            float last = 0.0f;
+            for (int n = 0; n < kInputSlots * 1536; ++n) {
+              const int block = n / 256;
+              const float white = 0.99f * Noise(&seed);
+              const float x = block % 3 == 0 ? white : block % 3 == 1 ? 0.5f * (white - last)
+                                                                      : 0.05f * white;
+              last = white;
+              const bool on = f != 2 || n % 1536 >= 768;
+              planes[n] = on ? 2.0f * x : 0.0f;
+            }
+            uint8_t frame[4096];
+            InputReport report;
+            ASSERT_EQ(enc->EncodeFrame(slots, frame, &report), kbps * 4)
+                << (eac3 ? "E-AC-3" : "AC-3") << " acmod " << acmod << (lfe ? " + LFE" : "")
+                << " at " << kbps << " kbps, frame " << f;
+          }
+        }
+      }
+    }
+  }
+}
+
 // Loud noise in blocks 0 and 1, near silence after: left alone, the allocation would spend
 // most of the frame on the first two blocks. With a limit on them the search must respect it.
 TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
