@@ -120,6 +120,12 @@ constexpr int kMultichannelBoostDivisor = 2;
 // more without lowering the worst (+5.2 at 192k, +7.6 at 128k). In E-AC-3 5.1 the extra step
 // lowered the medians 0.3-0.8 dB but put 256k's worst attack at +3.4.
 constexpr int kEarlyAttackBoost = 32;
+// AC-3 blocks say their boost as a coarse offset (FrameData::BlockCoarseOffset): whole steps of
+// 16 SNR index units, halved or not. Anything else would be written as a different allocation
+// from the one the frame was fitted with.
+static_assert(kAttackBoost % (16 * kMultichannelBoostDivisor) == 0 &&
+                  kEarlyAttackBoost % (16 * kMultichannelBoostDivisor) == 0,
+              "attack boosts must stay whole coarse offset steps");
 
 // Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
 // measured) shares the band from 5.7 kHz (cplbegf 2, at 64 kbps per channel) to 10.2 kHz
