@@ -549,11 +549,14 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
   }
   MarkAttackBlocks(plan, f);
   // The extension's coordinates measure the whole spectrum; after them, bins past the
-  // bandwidth are not coded: clear them so nothing downstream sees them.
+  // bandwidth are not coded: clear them so nothing downstream sees them. Until coupling is
+  // decided, a channel keeps its own band too, should that reach past the coupling range.
   if (f->spxinu) ExtendFrame(plan, f);
-  for (int c = 0; c < f->channels; ++c)
-    for (int b = 0; b < kBlocks; ++b)
-      std::fill(f->ch[c].coef[b] + f->ch[c].end, f->ch[c].coef[b] + 256, 0.0f);
+  for (int c = 0; c < f->channels; ++c) {
+    ChannelFrame& ch = f->ch[c];
+    const int kept = f->cplinu && !ch.lfe ? std::max(ch.end, uncoupled_end(c)) : ch.end;
+    for (int b = 0; b < kBlocks; ++b) std::fill(ch.coef[b] + kept, ch.coef[b] + 256, 0.0f);
+  }
   if (f->cplinu) {
     // Nothing to share, or fewer than two channels alike enough to share it: the frame goes
     // without coupling. Channels left out keep their own mantissas up to their bandwidth.
@@ -561,10 +564,11 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
                 !CoupledBandSilent(*f) &&
                 ChooseCoupledChannels(*f, plan.cpl_min_coherence, f->chincpl);
     for (int c = 0; c < f->nfch; ++c) {
-      if (f->cplinu && f->chincpl[c]) continue;
-      f->chincpl[c] = false;
       ChannelFrame& ch = f->ch[c];
-      ch.end = uncoupled_end(c);
+      if (!(f->cplinu && f->chincpl[c])) {
+        f->chincpl[c] = false;
+        ch.end = uncoupled_end(c);
+      }
       for (int b = 0; b < kBlocks; ++b) std::fill(ch.coef[b] + ch.end, ch.coef[b] + 256, 0.0f);
     }
   } else {

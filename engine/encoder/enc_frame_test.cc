@@ -418,7 +418,6 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   EXPECT_FALSE(PlanForRate(256, 2, false).coupling);
   EXPECT_LT(PlanForRate(128, 2, false).cplbegf, PlanForRate(192, 2, false).cplbegf);
   constexpr int kLength = kHistory + kFrameInput;
-  // At 192k a channel's own band reaches past the coupling range.
   for (int kbps : {128, 192}) {
     const CodingPlan plan = PlanForRate(kbps, 2, false);
     ASSERT_TRUE(plan.coupling);
@@ -442,6 +441,31 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
       EXPECT_EQ(ch.end, same ? f->cpl.start : 73 + 3 * plan.chbwcod);
       for (int b = 0; b < kBlocks; ++b) EXPECT_LT(ch.exp[b][ch.end - 1], 16) << "block " << b;
     }
+  }
+}
+
+// A channel that leaves coupling codes up to its own band, also where that band reaches past
+// the coupling range (a plan may end coupling below the rate's bandwidth).
+TEST(Frame, ChannelsLeavingCouplingKeepTheirOwnBand) {
+  CodingPlan plan = PlanForRate(192, 2, false);
+  ASSERT_TRUE(plan.coupling);
+  plan.chbwcod = 48;  // 20.3 kHz, past the coupling range's 17 kHz
+  ASSERT_GT(ac3::ChannelEndMant(plan.chbwcod), CouplingEndMant(plan.cplendf));
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(2 * kLength);
+  uint32_t seed = 3;
+  for (float& x : input) x = 0.3f * Noise(&seed);  // two unrelated channels
+  const float* channels[2] = {&input[0], &input[kLength]};
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
+  auto f = NewFrame(2);
+  AnalyzeFrame(channels, attacks, plan, f.get());
+  ASSERT_FALSE(f->cplinu);
+  for (int c = 0; c < 2; ++c) {
+    const ChannelFrame& ch = f->ch[c];
+    ASSERT_EQ(ch.end, ac3::ChannelEndMant(plan.chbwcod));
+    for (int b = 0; b < kBlocks; ++b)
+      for (int i = CouplingEndMant(plan.cplendf); i < ch.end; ++i)
+        ASSERT_LT(ch.exp[b][i], 16) << "channel " << c << ", block " << b << ", bin " << i;
   }
 }
 
