@@ -18,6 +18,10 @@ constexpr int kReliefGroupEdges[] = {13, 25, 37, 61, 97, 133, 181, 253};
 constexpr int kReliefGroups = sizeof kReliefGroupEdges / sizeof kReliefGroupEdges[0] - 1;
 constexpr int kMaxReliefSteps = 4;
 
+// How much more compact than left and right the sum and difference must be (see
+// RematrixFrame): two channels of equal level need to correlate by more than 0.55.
+constexpr double kCompactionMargin = 0.7;
+
 // Energies of left, right, their half sum and their half difference over a band.
 struct PairEnergies {
   double left = 0, right = 0, sum = 0, difference = 0;
@@ -25,7 +29,9 @@ struct PairEnergies {
     left += o.left, right += o.right, sum += o.sum, difference += o.difference;
     return *this;
   }
-  bool SumAndDifferencePay() const { return 4 * sum * difference < left * right; }
+  bool SumAndDifferencePay() const {
+    return 4 * sum * difference < kCompactionMargin * left * right;
+  }
 };
 
 PairEnergies BandPairEnergies(const float* left, const float* right, int lo, int hi) {

@@ -73,6 +73,11 @@ TEST(Rematrix, SumAndDifferenceOnlyWhereTheyCompactThePair) {
   // of left and right, but no further apart.
   StereoFrame unrelated(zero, weaker);
   unrelated.Rematrix(253, none);
+  // Channels of equal level that correlate by 0.3, as a wide stereo recording does: the sum
+  // and difference are a little more compact, not enough to pay for their shared noise.
+  const float loose_gain[kBlocks] = {0.3f, 0.3f, 0.3f, 0.3f, 0.3f, 0.3f};
+  StereoFrame loose(loose_gain, std::vector<float>(kBlocks, 0.95f).data());
+  loose.Rematrix(253, none);
   // A source panned off centre, with a little of its own noise in the right channel, and one
   // in antiphase.
   StereoFrame mono(panned, std::vector<float>(kBlocks, 0.05f).data());
@@ -83,6 +88,7 @@ TEST(Rematrix, SumAndDifferenceOnlyWhereTheyCompactThePair) {
   for (int b = 0; b < kBlocks; ++b)
     for (int band = 0; band < kRematrixBands; ++band) {
       EXPECT_EQ(unrelated.flags[b][band], 0) << b << " " << band;
+      EXPECT_EQ(loose.flags[b][band], 0) << b << " " << band;
       EXPECT_EQ(mono.flags[b][band], 1) << b << " " << band;
       EXPECT_EQ(inverted.flags[b][band], band < 3 ? 1 : 0) << b << " " << band;
     }
