@@ -56,7 +56,7 @@ void ChooseFrameStrategies(const CodingPlan& plan, FrameData* f) {
     for (int c = 0; c < f->channels; ++c) {
       ChannelFrame& ch = f->ch[c];
       ChooseStrategies(ch.exp, ch.blksw, kBlocks, ch.end, plan.reuse_threshold * (1 + extra),
-                       ch.lfe ? -2 : std::min(2, plan.coarsen + extra), ch.strategy);
+                       ch.lfe ? -2 : std::min(2, extra), ch.strategy);
       for (int b = 0; b < kBlocks; ++b)
         if (ch.strategy[b] != kExpReuse) bits += ExponentSetBits(ch.end, ch.strategy[b], ch.lfe);
     }
@@ -64,7 +64,7 @@ void ChooseFrameStrategies(const CodingPlan& plan, FrameData* f) {
       ChannelFrame& cpl = f->ch[f->channels];
       ChooseCouplingStrategies(cpl.exp, cpl.blksw, cpl.start, cpl.end,
                                plan.reuse_threshold * (1 + extra),
-                               std::min(2, plan.coarsen + extra), cpl.strategy);
+                               std::min(2, extra), cpl.strategy);
       for (int b = 0; b < kBlocks; ++b)
         if (cpl.strategy[b] != kExpReuse)
           bits += CouplingExponentBits(cpl.start, cpl.end, cpl.strategy[b]);

@@ -13,7 +13,6 @@ namespace ddpi::enc {
 // Per-rate choices made once per stream.
 struct CodingPlan {
   int chbwcod = 60;
-  int coarsen = 0;           // exponent grouping bias, see ChooseStrategies
   float reuse_threshold = 1; // mean exponent change that forces a new set
   int fgaincod = 4;          // fast gain code of the full-bandwidth and coupling channels
   int lfe_fgaincod = 4;      // fast gain code of the LFE, see PlanForRate
