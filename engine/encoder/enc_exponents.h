@@ -36,10 +36,15 @@ int ExponentSetBits(int end, ExpStrategy strategy, bool lfe);
 // Chooses the strategies of one channel over the 6 blocks of a frame. `raw[b]` are the raw
 // exponents of block b, `short_block[b]` its block switch flag. A block starts a new exponent
 // set when it is the first, when its transform length changes, or when its exponents differ
-// from the current set's by more than `threshold` on average. `coarsen` (-1..2) moves every new
-// set to a sparser (positive) or finer (negative) grouping than the run length suggests.
-void ChooseStrategies(const uint8_t raw[][256], const bool* short_block, int blocks, int end,
-                      float threshold, int coarsen, ExpStrategy* strategy);
+// from the current set's by more than `threshold` on average. A set shared by three or more
+// blocks is grouped per bin (D15), one shared by two per pair of bins (D25), one used by a
+// single block per four (D45), as its cost is not shared; but one used by a single block
+// marked in `around_attack` keeps pairs, since its noise lies in the samples before the
+// attack. `coarsen` (-1..2) moves every new set to a sparser (positive) or finer (negative)
+// grouping than that.
+void ChooseStrategies(const uint8_t raw[][256], const bool* short_block,
+                      const bool* around_attack, int blocks, int end, float threshold,
+                      int coarsen, ExpStrategy* strategy);
 
 // Replaces the raw exponents of each run of blocks sharing a set by their minimum, then codes
 // them; afterwards exps[b] hold the decoder's exponents for every block.

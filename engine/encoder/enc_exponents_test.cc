@@ -70,14 +70,17 @@ TEST(Exponents, StrategiesReuseSteadySpectraAndRenewOnChange) {
     for (int i = 0; i < 256; ++i) raw[b][i] = static_cast<uint8_t>(5 + i % 7);
   for (int i = 0; i < 256; ++i) raw[4][i] = static_cast<uint8_t>(20 - i % 5);
   bool short_block[6] = {false, false, false, false, false, true};
+  const bool around_attack[6] = {false, false, false, false, false, true};
   ExpStrategy s[6];
-  ChooseStrategies(raw, short_block, 6, 253, 1.0f, 0, s);
+  ChooseStrategies(raw, short_block, around_attack, 6, 253, 1.0f, 0, s);
   EXPECT_NE(s[0], kExpReuse);
   EXPECT_EQ(s[1], kExpReuse);
   EXPECT_EQ(s[3], kExpReuse);
   EXPECT_NE(s[4], kExpReuse);  // spectrum changed
   EXPECT_NE(s[5], kExpReuse);  // transform length changed
   EXPECT_EQ(s[0], kExpD15);    // a set shared by four blocks keeps full resolution
+  EXPECT_EQ(s[4], kExpD45);    // one used by a single block groups four bins
+  EXPECT_EQ(s[5], kExpD25);    // unless that block holds an attack
 
   // Shared sets hold every block's coefficients: exponents never exceed any block's.
   uint8_t shared[6][256];

@@ -51,12 +51,15 @@ constexpr double kSpxTonalFlatness = 0.002;
 constexpr double kExponentShare = 0.35;
 
 void ChooseFrameStrategies(const CodingPlan& plan, FrameData* f) {
+  static constexpr bool kNoAttacks[kBlocks] = {};
   for (int extra = 0;; ++extra) {
     int bits = 0;
     for (int c = 0; c < f->channels; ++c) {
       ChannelFrame& ch = f->ch[c];
-      ChooseStrategies(ch.exp, ch.blksw, kBlocks, ch.end, plan.reuse_threshold * (1 + extra),
-                       ch.lfe ? -2 : std::min(2, extra), ch.strategy);
+      const bool* around_attack = ch.lfe ? kNoAttacks : f->channel_around_attack[c];
+      ChooseStrategies(ch.exp, ch.blksw, around_attack, kBlocks, ch.end,
+                       plan.reuse_threshold * (1 + extra), ch.lfe ? -2 : std::min(2, extra),
+                       ch.strategy);
       for (int b = 0; b < kBlocks; ++b)
         if (ch.strategy[b] != kExpReuse) bits += ExponentSetBits(ch.end, ch.strategy[b], ch.lfe);
     }
