@@ -40,8 +40,8 @@ int ExponentSetBits(int end, ExpStrategy strategy, bool lfe);
 // blocks is grouped per bin (D15), one shared by two per pair of bins (D25), one used by a
 // single block per four (D45), as its cost is not shared; but one used by a single block
 // marked in `around_attack` keeps pairs, since its noise lies in the samples before the
-// attack. `coarsen` (-1..2) moves every new set to a sparser (positive) or finer (negative)
-// grouping than that.
+// attack. `coarsen` moves every new set that many steps sparser (positive: the frame's
+// exponent budget asks for it) or finer (negative: -2 keeps the LFE's every bin).
 void ChooseStrategies(const uint8_t raw[][256], const bool* short_block,
                       const bool* around_attack, int blocks, int end, float threshold,
                       int coarsen, ExpStrategy* strategy);
