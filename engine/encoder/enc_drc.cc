@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace ddpi::enc {
@@ -11,6 +12,11 @@ constexpr double kBlockMs = 256.0 / 48.0;
 constexpr double kLevelAttackMs = 5.0;    // the detector follows a rise within a block or so
 constexpr double kLevelReleaseMs = 50.0;  // and bridges the gaps between syllables
 constexpr double kSilenceDb = -200.0;
+
+// Four lanes of float: one SSE2 register on x86-64, a plain array elsewhere. The block peak
+// runs on two of them; a maximum does not depend on the order it is taken in.
+using Float4 = float __attribute__((vector_size(16)));
+constexpr float kLargestFloat = std::numeric_limits<float>::max();
 
 // One profile's static curve, levels relative to dialogue level (see the table in the header).
 struct Characteristic {
@@ -171,19 +177,25 @@ double DrcAnalyzer::BlockPower(const float* const* channels, int channel_count, 
 // A non-finite sample counts as full scale.
 double DrcAnalyzer::BlockPeak(const float* const* channels, int channel_count, int offset) {
   static_assert(kBlockSamples % 8 == 0, "eight lanes");
-  float lanes[8] = {};
+  Float4 low = {0, 0, 0, 0}, high = {0, 0, 0, 0};
+  const Float4 full_scale = {1, 1, 1, 1};
   for (int c = 0; c < channel_count; ++c) {
     const float* x = channels[c] + offset;
     for (int i = 0; i < kBlockSamples; i += 8) {
-      for (int k = 0; k < 8; ++k) {
-        float magnitude = std::fabs(x[i + k]);
-        if (!(magnitude <= std::numeric_limits<float>::max())) magnitude = 1.0f;
-        lanes[k] = std::max(lanes[k], magnitude);
-      }
+      Float4 a, b;
+      std::memcpy(&a, x + i, sizeof a);
+      std::memcpy(&b, x + i + 4, sizeof b);
+      a = a < 0 ? -a : a;
+      b = b < 0 ? -b : b;
+      // NaN fails the comparison and infinity exceeds the largest float: both count as 1.
+      a = a <= kLargestFloat ? a : full_scale;
+      b = b <= kLargestFloat ? b : full_scale;
+      low = a > low ? a : low;
+      high = b > high ? b : high;
     }
   }
   float peak = 0;
-  for (float lane : lanes) peak = std::max(peak, lane);
+  for (int k = 0; k < 4; ++k) peak = std::max({peak, low[k], high[k]});
   return peak;
 }
 

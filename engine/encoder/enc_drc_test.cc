@@ -150,13 +150,14 @@ TEST(DrcAnalyzer, CutsFollowAttacksQuicklyAndBoostsRecoverSlowly) {
 }
 
 TEST(DrcAnalyzer, GainsNeverPushPeaksBeyondFullScale) {
-  // Quiet programme (wants the full boost) with a full-scale click in the middle of a frame.
-  for (int dialnorm : {31, 20, 1}) {
+  // Quiet programme (wants the full boost) with a full-scale click in the middle of a frame,
+  // of either sign.
+  for (int dialnorm : {31, 20, 1}) for (float click : {0.99f, -0.99f}) {
     DrcAnalyzer drc;
     drc.Reset(kDrcMusicStandard, kDrcSpeech, dialnorm);
     RunSteady(&drc, -30, dialnorm, 200);
     std::vector<float> plane(kFrame, 0.0f);
-    plane[3 * 256 + 100] = 0.99f;
+    plane[3 * 256 + 100] = click;
     const float* channels[1] = {plane.data()};
     DrcFrameGains gains{};
     drc.AnalyzeFrame(channels, 1, 6, &gains);
