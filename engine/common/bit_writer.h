@@ -32,19 +32,11 @@ class BitWriter {
     }
     PutSlow(value, bits);
   }
-  // Fills in a field of up to 24 bits written earlier as zeros at `bit_position`, for codes
-  // that are known only after later fields went out. A field that was dropped (overflow) or
-  // only counted stays as it is.
-  void OrAt(size_t bit_position, uint32_t value, int bits) {
-    if (!buf_ || bits <= 0 || bits > 24 || bit_position + static_cast<size_t>(bits) > pos_) return;
-    const size_t byte = bit_position >> 3;
-    const int total = static_cast<int>(bit_position & 7) + bits;
-    const uint32_t v = (value & ((1u << bits) - 1)) << (32 - total);
-    buf_[byte] |= static_cast<uint8_t>(v >> 24);
-    if (total > 8) buf_[byte + 1] |= static_cast<uint8_t>(v >> 16);
-    if (total > 16) buf_[byte + 2] |= static_cast<uint8_t>(v >> 8);
-    if (total > 24) buf_[byte + 3] |= static_cast<uint8_t>(v);
-  }
+  // Appends n fields, values[i] in widths[i] bits (at most 24, values[i] < 2^widths[i]),
+  // exactly as n calls of Put would. Runs of short fields (mantissas) go through a 64-bit
+  // accumulator: one store per 32 bits instead of a read-modify-write of the same bytes for
+  // every field, whose loads would wait on the stores before them.
+  void PutFields(const uint8_t* widths, const uint32_t* values, size_t n);
   // Appends zero bits up to absolute bit position `bit_position`.
   void PadTo(size_t bit_position);
 

@@ -62,40 +62,39 @@ TEST(BitWriter, MatchesABitByBitModel) {
     ASSERT_EQ((buf[i >> 3] >> (7 - (i & 7))) & 1, model[i]) << "bit " << i;
 }
 
-// Fields reserved as zeros and filled in later (as grouped mantissas are) end up exactly where a
-// direct write would have put them, whatever was written after them and in a dirty buffer.
-TEST(BitWriter, FilledInFieldsMatchDirectWrites) {
+// A run of fields lands exactly where single writes would put it, from any bit position, in a
+// dirty buffer, and also where the buffer's end leaves no room for whole words.
+TEST(BitWriter, FieldRunsMatchSingleWrites) {
   std::mt19937 rng(12);
-  uint8_t filled[256], direct[256];
-  std::fill(filled, filled + sizeof filled, 0x5a);
-  std::fill(direct, direct + sizeof direct, 0xc3);
-  BitWriter a(filled, sizeof filled), b(direct, sizeof direct);
-  struct Reserved {
-    size_t position;
-    uint32_t value;
-    int bits;
-  };
-  std::vector<Reserved> open;
-  while (a.position() + 24 <= 8 * sizeof filled) {
-    const int bits = 1 + static_cast<int>(rng() % 24);
-    const uint32_t value = rng() & ((1u << bits) - 1);
-    if (rng() % 3 == 0) {
-      open.push_back({a.position(), value, bits});
-      a.Put(0, bits);
-    } else {
-      a.Put(value, bits);
+  for (int trial = 0; trial < 40; ++trial) {
+    uint8_t runs[96], single[96];
+    std::fill(runs, runs + sizeof runs, 0x5a);
+    std::fill(single, single + sizeof single, 0xc3);
+    BitWriter a(runs, sizeof runs), b(single, sizeof single);
+    const int lead = static_cast<int>(rng() % 13);  // bits written before the run
+    a.Put(0x1abc, lead);
+    b.Put(0x1abc, lead);
+    std::vector<uint8_t> widths;
+    std::vector<uint32_t> values;
+    size_t total = lead;
+    while (true) {
+      const int bits = static_cast<int>(rng() % 25);
+      // Some trials fill the buffer to its last bit.
+      if (total + bits > (trial % 2 ? 8 * sizeof runs : 8 * sizeof runs - 100)) break;
+      widths.push_back(static_cast<uint8_t>(bits));
+      values.push_back(bits == 0 ? 0 : rng() & ((1u << bits) - 1));
+      total += bits;
     }
-    b.Put(value, bits);
-    if (!open.empty() && rng() % 4 == 0) {
-      a.OrAt(open.front().position, open.front().value, open.front().bits);
-      open.erase(open.begin());
-    }
+    a.PutFields(widths.data(), values.data(), widths.size());
+    for (size_t i = 0; i < widths.size(); ++i) b.Put(values[i], widths[i]);
+    a.Put(0x5, 3);  // and writing goes on from the right place
+    b.Put(0x5, 3);
+    ASSERT_EQ(a.position(), b.position());
+    ASSERT_EQ(a.overflowed(), b.overflowed());
+    for (size_t i = 0; i < a.position(); ++i)
+      ASSERT_EQ((runs[i >> 3] >> (7 - (i & 7))) & 1, (single[i >> 3] >> (7 - (i & 7))) & 1)
+          << "trial " << trial << ", bit " << i;
   }
-  for (const Reserved& r : open) a.OrAt(r.position, r.value, r.bits);
-  ASSERT_EQ(a.position(), b.position());
-  for (size_t i = 0; i < a.position(); ++i)
-    ASSERT_EQ((filled[i >> 3] >> (7 - (i & 7))) & 1, (direct[i >> 3] >> (7 - (i & 7))) & 1)
-        << "bit " << i;
 }
 
 }  // namespace

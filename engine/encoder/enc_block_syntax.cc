@@ -55,9 +55,8 @@ void WriteMantissas(BitWriter* bw, FrameData& f, int block, MantissaPacker* pack
   const int first = f.cplinu ? f.FirstCoupled() : -1;
   packer->Begin();
   for (int c = 0; c < f.channels; ++c) {
-    packer->WriteChannel(bw, f.ch[c].bap[block], f.ch[c].mant[block], f.ch[c].end);
-    if (c == first)
-      packer->WriteChannel(bw, cpl.bap[block] + cs, cpl.mant[block] + cs, cpl.end - cs);
+    packer->AddChannel(f.ch[c].bap[block], f.ch[c].mant[block], f.ch[c].end);
+    if (c == first) packer->AddChannel(cpl.bap[block] + cs, cpl.mant[block] + cs, cpl.end - cs);
   }
   packer->Finish(bw);
 }

@@ -99,39 +99,50 @@ int MantissaCounter::PackedBits(uint64_t packed) {
   return counter.Bits();
 }
 
-void MantissaPacker::Begin() { std::fill(open_, open_ + 3, OpenGroup{}); }
+void MantissaPacker::Begin() {
+  std::fill(open_, open_ + 3, OpenGroup{});
+  fields_ = 0;
+}
 
-void MantissaPacker::AddToGroup(BitWriter* bw, int kind, int code) {
+void MantissaPacker::AddField(int bits, uint32_t value) {
+  // A block never holds more; a bad caller loses fields rather than memory.
+  if (fields_ == kMaxFields) return;
+  widths_[fields_] = static_cast<uint8_t>(bits);
+  values_[fields_++] = value;
+}
+
+void MantissaPacker::AddToGroup(int kind, int code) {
   OpenGroup& group = open_[kind];
   if (group.members == 0) {
-    group.position = bw->position();
-    bw->Put(0, kGroupBits[kind]);
+    group.field = fields_;
+    AddField(kGroupBits[kind], 0);
   }
   group.code = group.code * kGroupRadix[kind] + code;
   if (++group.members == kGroupSize[kind]) {
-    bw->OrAt(group.position, static_cast<uint32_t>(group.code), kGroupBits[kind]);
+    if (group.field < fields_) values_[group.field] = static_cast<uint32_t>(group.code);
     group = OpenGroup{};
   }
 }
 
-void MantissaPacker::Write(BitWriter* bw, int bap, int code) {
+void MantissaPacker::Add(int bap, int code) {
   const int plain = kPlainBits[bap];
   if (plain != 0) {
-    bw->Put(static_cast<uint32_t>(code) & ((1u << plain) - 1), plain);
+    AddField(plain, static_cast<uint32_t>(code) & ((1u << plain) - 1));
   } else if (bap != 0) {
-    AddToGroup(bw, KindOf(bap), code);
+    AddToGroup(KindOf(bap), code);
   }
 }
 
-void MantissaPacker::WriteChannel(BitWriter* bw, const uint8_t* bap, const int16_t* code,
-                                  int end) {
-  for (int i = 0; i < end; ++i) Write(bw, bap[i], code[i]);
+void MantissaPacker::AddChannel(const uint8_t* bap, const int16_t* code, int end) {
+  for (int i = 0; i < end; ++i) Add(bap[i], code[i]);
 }
 
 void MantissaPacker::Finish(BitWriter* bw) {
   // The zero level is the middle one of each quantiser.
   for (int kind = 0; kind < 3; ++kind)
-    while (open_[kind].members != 0) AddToGroup(bw, kind, kGroupRadix[kind] / 2);
+    while (open_[kind].members != 0) AddToGroup(kind, kGroupRadix[kind] / 2);
+  bw->PutFields(widths_, values_, static_cast<size_t>(fields_));
+  fields_ = 0;
 }
 
 }  // namespace ddpi::enc

@@ -35,28 +35,38 @@ struct MantissaCounter {
   static int PackedBits(uint64_t packed);
 };
 
-// Writes the mantissas of one audio block channel by channel, forming the groups of bap 1, 2
-// and 4 across channels: a group's code goes out where its first member sits. One pass: the
-// first member reserves the group's bits, and the code is filled in once the group is complete
-// (Finish completes groups left open at the end of the block with the zero level).
+// Packs the mantissas of one audio block channel by channel, forming the groups of bap 1, 2
+// and 4 across channels: a group's code goes out where its first member sits. Mantissas are
+// collected as fields (a group's field is filled in once the group is complete) and go out
+// together at Finish, which completes groups left open at the end of the block with the zero
+// level.
 class MantissaPacker {
  public:
-  // Starts an audio block: no group open.
+  // Starts an audio block: nothing collected, no group open.
   void Begin();
-  void Write(BitWriter* bw, int bap, int code);
-  // Write over one channel's bins [0, end).
-  void WriteChannel(BitWriter* bw, const uint8_t* bap, const int16_t* code, int end);
+  void Add(int bap, int code);
+  // Add over one channel's bins [0, end).
+  void AddChannel(const uint8_t* bap, const int16_t* code, int end);
+  // Writes everything collected since Begin.
   void Finish(BitWriter* bw);
+
+  // Fields of one block at most: five full-bandwidth channels, the LFE and the coupling
+  // channel, each mantissa one field at most.
+  static constexpr int kMaxFields = 7 * 256;
 
  private:
   struct OpenGroup {
-    size_t position = 0;  // bit position of the reserved code
-    int code = 0;         // levels so far, most significant first
-    int members = 0;      // 0: no group open
+    int field = 0;    // index of the group's field
+    int code = 0;     // levels so far, most significant first
+    int members = 0;  // 0: no group open
   };
-  void AddToGroup(BitWriter* bw, int kind, int code);
+  void AddToGroup(int kind, int code);
+  void AddField(int bits, uint32_t value);
 
   OpenGroup open_[3];  // per grouped bap (1, 2, 4 -> 0, 1, 2)
+  int fields_ = 0;
+  uint8_t widths_[kMaxFields];
+  uint32_t values_[kMaxFields];
 };
 
 }  // namespace ddpi::enc

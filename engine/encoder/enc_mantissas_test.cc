@@ -51,7 +51,7 @@ TEST(Mantissas, GroupedPackingMatchesTheCount) {
     counter.Add(bap, 0, n);
     uint8_t buf[2048];
     BitWriter bw(buf, sizeof buf);
-    for (int i = 0; i < n; ++i) packer.Write(&bw, bap[i], code[i]);
+    for (int i = 0; i < n; ++i) packer.Add(bap[i], code[i]);
     packer.Finish(&bw);
     EXPECT_EQ(static_cast<int>(bw.position()), counter.Bits());
   }
@@ -63,10 +63,10 @@ TEST(Mantissas, GroupCodesCombineLevels) {
   packer.Begin();
   uint8_t buf[4] = {0xff, 0xff, 0xff, 0xff};  // the writer must not depend on a cleared buffer
   BitWriter bw(buf, sizeof buf);
-  packer.Write(&bw, 1, 2);
-  packer.Write(&bw, 6, 5);  // an ungrouped 5-bit mantissa in between
-  packer.Write(&bw, 1, 0);
-  packer.Write(&bw, 1, 1);
+  packer.Add(1, 2);
+  packer.Add(6, 5);  // an ungrouped 5-bit mantissa in between
+  packer.Add(1, 0);
+  packer.Add(1, 1);
   packer.Finish(&bw);
   EXPECT_EQ(bw.position(), 10u);
   EXPECT_EQ(buf[0] >> 3, 19);
@@ -75,7 +75,7 @@ TEST(Mantissas, GroupCodesCombineLevels) {
   // A bap-4 group left open at the end of the block is completed with the zero level (5 of
   // 11): 11*3 + 5 = 38 in seven bits, straddling bytes 1 and 2.
   packer.Begin();
-  packer.Write(&bw, 4, 3);
+  packer.Add(4, 3);
   packer.Finish(&bw);
   EXPECT_EQ(bw.position(), 17u);
   EXPECT_EQ(((buf[1] & 0x3f) << 1) | (buf[2] >> 7), 38);
