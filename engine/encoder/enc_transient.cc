@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "enc_flatness.h"
 #include "enc_mdct.h"
@@ -17,14 +18,25 @@ constexpr float kA1 = -0.62020410f, kA2 = 0.24040821f;
 constexpr float kThreshold[3] = {0.1f, 0.075f, 0.05f};
 constexpr float kSilence = 100.0f / 32768.0f;
 
-// Peaks of the four 64-sample segments of a block.
+// Four lanes of float: one SSE2 register on x86-64, a plain array elsewhere.
+using Float4 = float __attribute__((vector_size(16)));
+
+// Peaks of the four 64-sample segments of a block, eight lanes at a time (a NaN sample is
+// passed over, as std::max passes it over).
 void QuarterPeaks(const float* x, float quarter[4]) {
   for (int s = 0; s < 4; ++s) {
-    float lanes[8] = {};
-    for (int n = 0; n < 64; n += 8)
-      for (int k = 0; k < 8; ++k) lanes[k] = std::max(lanes[k], std::fabs(x[s * 64 + n + k]));
+    Float4 low = {0, 0, 0, 0}, high = {0, 0, 0, 0};
+    for (int n = 0; n < 64; n += 8) {
+      Float4 a, b;
+      std::memcpy(&a, x + s * 64 + n, sizeof a);
+      std::memcpy(&b, x + s * 64 + n + 4, sizeof b);
+      a = a < 0 ? -a : a;
+      b = b < 0 ? -b : b;
+      low = a > low ? a : low;
+      high = b > high ? b : high;
+    }
     float peak = 0;
-    for (float lane : lanes) peak = std::max(peak, lane);
+    for (int k = 0; k < 4; ++k) peak = std::max({peak, low[k], high[k]});
     quarter[s] = peak;
   }
 }
