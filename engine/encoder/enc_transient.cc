@@ -66,9 +66,34 @@ void TransientDetector::Reset() {
   peak_quarter_ = 0;
 }
 
+namespace {
+
+// The high-pass of N channels side by side, N known to the compiler so that every channel's
+// state and pointers stay in registers.
+template <int N>
+void HighPassInterleaved(float* s1, float* s2, const float* const* in, float* const* out, int n) {
+  float z1[N], z2[N];
+  const float* x[N];
+  float* y[N];
+  for (int c = 0; c < N; ++c) z1[c] = s1[c], z2[c] = s2[c], x[c] = in[c], y[c] = out[c];
+  for (int i = 0; i < n; ++i) {
+    for (int c = 0; c < N; ++c) {
+      const float v = x[c][i];
+      const float filtered = kB0 * v + z1[c];
+      z1[c] = kB1 * v - kA1 * filtered + z2[c];
+      z2[c] = kB2 * v - kA2 * filtered;
+      y[c][i] = filtered;
+    }
+  }
+  for (int c = 0; c < N; ++c) s1[c] = z1[c], s2[c] = z2[c];
+}
+
+}  // namespace
+
 void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
                                          const float* const* in, float* const* out,
                                          int channels, int n) {
+  static_assert(kMaxInterleaved == 8, "one case per count below");
   for (int first = 0; first < channels; first += kMaxInterleaved) {
     const int count = std::min(kMaxInterleaved, channels - first);
     float s1[kMaxInterleaved], s2[kMaxInterleaved];
@@ -76,14 +101,17 @@ void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
       s1[c] = detectors[first + c]->s1_;
       s2[c] = detectors[first + c]->s2_;
     }
-    for (int i = 0; i < n; ++i) {
-      for (int c = 0; c < count; ++c) {
-        const float x = in[first + c][i];
-        const float y = kB0 * x + s1[c];
-        s1[c] = kB1 * x - kA1 * y + s2[c];
-        s2[c] = kB2 * x - kA2 * y;
-        out[first + c][i] = y;
-      }
+    const float* const* x = in + first;
+    float* const* y = out + first;
+    switch (count) {
+      case 1: HighPassInterleaved<1>(s1, s2, x, y, n); break;
+      case 2: HighPassInterleaved<2>(s1, s2, x, y, n); break;
+      case 3: HighPassInterleaved<3>(s1, s2, x, y, n); break;
+      case 4: HighPassInterleaved<4>(s1, s2, x, y, n); break;
+      case 5: HighPassInterleaved<5>(s1, s2, x, y, n); break;
+      case 6: HighPassInterleaved<6>(s1, s2, x, y, n); break;
+      case 7: HighPassInterleaved<7>(s1, s2, x, y, n); break;
+      default: HighPassInterleaved<8>(s1, s2, x, y, n); break;
     }
     for (int c = 0; c < count; ++c) {
       TransientDetector* d = detectors[first + c];

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <vector>
 
 namespace ddpi::enc {
 namespace {
@@ -149,6 +150,50 @@ TEST(Transient, TonalBlockTellsPartialsFromClicksAndNoise) {
     v = static_cast<float>(seed) / 4294967296.0f - 0.5f;
   }
   EXPECT_FALSE(TonalBlock(noise));
+}
+
+// Any number of channels filtered side by side (up to eight at once, more in turns) gives each
+// channel exactly what it gets alone, and carries each channel's state to the next call.
+TEST(Transient, ChannelsFilteredTogetherMatchEachAlone) {
+  constexpr int kChannels = 11, kLength = 512;
+  std::vector<std::vector<float>> in(kChannels, std::vector<float>(kLength));
+  uint32_t seed = 9;
+  for (auto& plane : in)
+    for (float& v : plane) {
+      seed = seed * 1664525u + 1013904223u;
+      v = static_cast<float>(seed) / 4294967296.0f - 0.5f;
+    }
+  for (int channels = 1; channels <= kChannels; ++channels) {
+    std::vector<TransientDetector> together(channels), alone(channels);
+    std::vector<TransientDetector*> detectors;
+    std::vector<const float*> from;
+    std::vector<std::vector<float>> out(channels, std::vector<float>(kLength));
+    std::vector<float*> to;
+    for (int c = 0; c < channels; ++c) {
+      together[c].Reset();
+      alone[c].Reset();
+      detectors.push_back(&together[c]);
+      from.push_back(in[c].data());
+      to.push_back(out[c].data());
+    }
+    for (int half = 0; half < 2; ++half) {  // two calls of 256 samples
+      std::vector<const float*> x(from);
+      std::vector<float*> y(to);
+      for (int c = 0; c < channels; ++c) x[c] += 256 * half, y[c] += 256 * half;
+      TransientDetector::HighPassChannels(detectors.data(), x.data(), y.data(), channels, 256);
+    }
+    for (int c = 0; c < channels; ++c) {
+      float single[kLength];
+      for (int half = 0; half < 2; ++half) {
+        TransientDetector* d = &alone[c];
+        const float* x = in[c].data() + 256 * half;
+        float* y = single + 256 * half;
+        TransientDetector::HighPassChannels(&d, &x, &y, 1, 256);
+      }
+      for (int i = 0; i < kLength; ++i)
+        ASSERT_EQ(out[c][i], single[i]) << channels << " channels, channel " << c << ", " << i;
+    }
+  }
 }
 
 }  // namespace
