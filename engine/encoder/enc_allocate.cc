@@ -195,11 +195,7 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
   for (int c = 0; c < channels; ++c) {
     ChannelFrame& ch = f->ch[c];
     for (int b = 0; b < kBlocks; ++b)
-      for (int i = ch.start; i < ch.end; ++i) {
-        const int bap = ch.bap[b][i];
-        ch.mant[b][i] =
-            bap == 0 ? 0 : static_cast<int16_t>(QuantizeMantissa(ch.coef[b][i], ch.exp[b][i], bap));
-      }
+      QuantizeMantissas(ch.coef[b], ch.exp[b], ch.bap[b], ch.start, ch.end, ch.mant[b]);
   }
   return true;
 }

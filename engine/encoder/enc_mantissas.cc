@@ -32,9 +32,7 @@ struct PowersOfTwo {
 };
 constexpr PowersOfTwo kPow2;
 
-}  // namespace
-
-int QuantizeMantissa(float coef, int exp, int bap) {
+inline int Quantize(float coef, int exp, int bap) {
   if (bap == 0) return 0;
   const float m = coef * kPow2[exp];
   const int levels = kLevels[bap];
@@ -47,6 +45,16 @@ int QuantizeMantissa(float coef, int exp, int bap) {
   const int scale = 1 << (bits - 1);
   const int q = static_cast<int>(std::lrint(m * static_cast<float>(scale)));
   return std::clamp(q, -scale, scale - 1);
+}
+
+}  // namespace
+
+int QuantizeMantissa(float coef, int exp, int bap) { return Quantize(coef, exp, bap); }
+
+void QuantizeMantissas(const float* coef, const uint8_t* exp, const uint8_t* bap, int start,
+                       int end, int16_t* code) {
+  for (int i = start; i < end; ++i)
+    code[i] = static_cast<int16_t>(Quantize(coef[i], exp[i], bap[i]));
 }
 
 float DequantizeMantissa(int code, int bap) {

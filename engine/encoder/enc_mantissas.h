@@ -16,6 +16,10 @@ namespace ddpi::enc {
 // two's complement code (asymmetric), before grouping.
 int QuantizeMantissa(float coef, int exp, int bap);
 
+// QuantizeMantissa over bins [start, end) of one channel's block; bins of bap 0 get code 0.
+void QuantizeMantissas(const float* coef, const uint8_t* exp, const uint8_t* bap, int start,
+                       int end, int16_t* code);
+
 // The value a decoder reconstructs for a level/code (before the 2^-exp scaling), for tests.
 float DequantizeMantissa(int code, int bap);
 
