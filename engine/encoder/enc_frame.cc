@@ -257,8 +257,8 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
 // Prepares the spectral extension's coordinates of every extended channel: a new set in block
 // 0, every plan.spx_run blocks, where a channel changes its transform length, where the
 // blocks around an attack in a channel begin and end, and where a channel's upper band rises
-// over its copy (kSpxRunRise), each to restore the original's energy
-// over the run of blocks it serves, with its noise blend. MatchSpxToDecodedCopies computes the
+// over its copy (kSpxRunRise), each to restore the plan's share of the original's energy
+// (CodingPlan::spx_energy) over the run of blocks it serves, with its noise blend. MatchSpxToDecodedCopies computes the
 // values once the copied mantissas are known. Around an attack the band is rebuilt at a
 // quarter of its energy (kSpxAttackEnergy): the copies' time aliasing does not cancel against
 // the neighbouring blocks and lands ahead of the attack.
@@ -287,8 +287,9 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
       const float* coefs[kBlocks];
       for (int b = first; b < last; ++b) coefs[b - first] = f->ch[c].coef[b];
       SpxBandEnergies(coefs, last - first, f->spx, target, nullptr);
-      if (f->channel_around_attack[c][first])
-        for (int band = 0; band < f->spx.bands; ++band) target[band] *= kSpxAttackEnergy;
+      const double share =
+          plan.spx_energy * (f->channel_around_attack[c][first] ? kSpxAttackEnergy : 1.0);
+      for (int band = 0; band < f->spx.bands; ++band) target[band] *= share;
       bool transient = false;
       for (int b = first; b < last; ++b) transient |= f->ch[c].blksw[b];
       f->spx_coords[first][c].blend =

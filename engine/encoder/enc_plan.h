@@ -34,6 +34,9 @@ struct CodingPlan {
   SpxLayout spx_layout;
   int spx_blend = 0;
   int spx_run = ac3::kBlocksPerFrame;
+  // The share of the original's energy the extension rebuilds in each band (see
+  // kSpxDimmedEnergy).
+  double spx_energy = 1.0;
   // Coupled frames whose upper band is tonal go without the extension, their coupling range
   // reaching cplendf_alone (see ChooseExtendedChannels).
   bool spx_yields_to_coupling = false;
