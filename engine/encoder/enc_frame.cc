@@ -258,10 +258,10 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
 // 0, every plan.spx_run blocks, where a channel changes its transform length, where the
 // blocks around an attack in a channel begin and end, and where a channel's upper band rises
 // over its copy (kSpxRunRise), each to restore the plan's share of the original's energy
-// (CodingPlan::spx_energy) over the run of blocks it serves, with its noise blend. MatchSpxToDecodedCopies computes the
-// values once the copied mantissas are known. Around an attack the band is rebuilt at a
-// quarter of its energy (kSpxAttackEnergy): the copies' time aliasing does not cancel against
-// the neighbouring blocks and lands ahead of the attack.
+// (CodingPlan::spx_energy) over the run of blocks it serves, with its noise blend.
+// MatchSpxToDecodedCopies computes the values once the copied mantissas are known. Around an
+// attack the band is rebuilt at a quarter of that share (kSpxAttackEnergy): the copies' time
+// aliasing does not cancel against the neighbouring blocks and lands ahead of the attack.
 void ExtendFrame(const CodingPlan& plan, FrameData* f) {
   double range_over_copy[kMaxCplChannels][kBlocks] = {};
   for (int c = 0; c < f->nfch; ++c)

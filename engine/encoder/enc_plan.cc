@@ -213,6 +213,15 @@ void ChooseCoupling(double per_channel, int acmod, int end, CodingPlan* plan) {
 // held-out music within 0.01. No noise at all did little more (256k +2.5 dB) and cost applause
 // at 96k 0.12 advanced.
 constexpr double kSpxTopRate = 64;
+constexpr int kSpxEndBin = 205;   // 19.2 kHz
+constexpr int kSpxCopyStart = 2;  // spxstrtf: bin 49, 4.6 kHz
+constexpr double kSpxNoiseShare = 0.1;
+constexpr int kSpxBandBins = 24;
+// A set of coordinates serves the whole frame unless a channel switches its transform
+// length: new sets every three blocks cost 0.03.
+constexpr int kSpxRun = ac3::kBlocksPerFrame;
+// See ChooseExtendedChannels.
+constexpr double kTonalBandwidthShare = 0.8;
 // Where the extension begins at 10 kHz or above, it rebuilds each band at 0.7 of the
 // original's energy (-1.5 dB). Its copies carry the lower band's fine structure, not the
 // original's, so the model hears a rebuilt band as much as added noise as it hears a missing
@@ -228,15 +237,6 @@ constexpr double kSpxTopRate = 64;
 // lost at 256k (+0.225 advanced).
 constexpr double kSpxDimmedEnergy = 0.7;
 constexpr int kSpxDimFromBin = 107;  // 10 kHz
-constexpr int kSpxEndBin = 205;   // 19.2 kHz
-constexpr int kSpxCopyStart = 2;  // spxstrtf: bin 49, 4.6 kHz
-constexpr double kSpxNoiseShare = 0.1;
-constexpr int kSpxBandBins = 24;
-// A set of coordinates serves the whole frame unless a channel switches its transform
-// length: new sets every three blocks cost 0.03.
-constexpr int kSpxRun = ac3::kBlocksPerFrame;
-// See ChooseExtendedChannels.
-constexpr double kTonalBandwidthShare = 0.8;
 
 void ChooseSpectralExtension(double per_channel, int end, CodingPlan* plan) {
   if (per_channel > kSpxTopRate) return;
