@@ -93,6 +93,28 @@ TEST(Transient, AttackRisingJustBeforeItsBlockSwitches) {
   EXPECT_TRUE(t.Detect(clap));
 }
 
+// A clap that follows a decaying one: 12 times over the quarters just before it, in the high
+// band and the full band alike, but only 3 times over the tail that the 256 samples before it
+// still hold. A rise that large in the full band is exposed, and switches from a single
+// quarter.
+TEST(Transient, ExposedClapOverATailSwitchesFromOneQuarter) {
+  TransientDetector t;
+  t.Reset();
+  float tail[256], quiet[256], clap[256];
+  for (int n = 0; n < 256; ++n) {
+    const float alternating = (n % 2) ? 1.0f : -1.0f;
+    tail[n] = 0.04f * alternating;
+    quiet[n] = 0.01f * alternating;
+    clap[n] = (n < 192 ? 0.01f : 0.12f) * alternating;
+  }
+  t.Detect(tail);  // the onset of the first clap
+  for (int b = 0; b < 3; ++b) EXPECT_FALSE(t.Detect(tail));
+  EXPECT_FALSE(t.Detect(quiet));
+  EXPECT_TRUE(t.Detect(clap));
+  EXPECT_GT(t.rise(), 10.0f);
+  EXPECT_EQ(t.peak_quarter(), 3);
+}
+
 // A high-band burst under a louder low tone stays on long blocks; the same burst rising above
 // the tone's peaks switches, rising only a few times above them.
 TEST(Transient, HighBandBurstMustRiseAboveTheFullBand) {
