@@ -9,7 +9,8 @@
 //       for 5.1 in slot order L R C LFE Ls Rs also C and S), TEST read from sample SKIP on;
 //       SKIP -1 finds the lag of channel 0 by correlation (FFmpeg's streams carry no delay).
 //   quality_probe measure REF.wav TEST.wav SKIP
-//       prints "skip N", "bandwidth HZ", "above_band DB" (and where), "lag CH N" per channel and
+//       prints "skip N", "bandwidth HZ", "above_band DB" (and where), "lag CH N" and
+//       "fine_lag CH F" (to a fraction of a sample) per channel, and
 //       "attack SECONDS DB" per attack of the reference: the energy of the 5 ms before it
 //       against the reference's, in dB (a 5.1 file's attacks found in L/R, C and Ls/Rs apart,
 //       in that order).
@@ -202,21 +203,40 @@ std::vector<double> FramePower(const Planes& x, size_t first_sample) {
   return power;
 }
 
+// Correlation of ref with test shifted by lag, over four seconds from the second one on: past
+// any start-up, and enough for a sharp peak.
+double Correlation(const std::vector<float>& ref, const std::vector<float>& test, int lag) {
+  const size_t begin = std::min<size_t>(ref.size(), kRate);
+  const size_t n = std::min<size_t>(ref.size(), 5 * kRate);
+  double sum = 0;
+  for (size_t i = begin; i < n; ++i) {
+    const long j = static_cast<long>(i) + lag;
+    if (j >= 0 && j < static_cast<long>(test.size())) sum += static_cast<double>(ref[i]) * test[j];
+  }
+  return sum;
+}
+
 int BestLag(const std::vector<float>& ref, const std::vector<float>& test, int first, int last) {
   int best = first;
   double best_value = -1e300;
-  // Four seconds from the second one on: past any start-up, and enough for a sharp peak.
-  const size_t begin = std::min<size_t>(ref.size(), kRate);
-  const size_t n = std::min<size_t>(ref.size(), 5 * kRate);
   for (int lag = first; lag <= last; ++lag) {
-    double sum = 0;
-    for (size_t i = begin; i < n; ++i) {
-      const long j = static_cast<long>(i) + lag;
-      if (j >= 0 && j < static_cast<long>(test.size())) sum += static_cast<double>(ref[i]) * test[j];
-    }
+    const double sum = Correlation(ref, test, lag);
     if (sum > best_value) best_value = sum, best = lag;
   }
   return best;
+}
+
+// The lag to a fraction of a sample: the peak of the parabola through the correlation at the
+// best whole lag and its two neighbours. A low-passed channel such as the LFE has a broad,
+// smooth peak, so coding noise alone moves it by tenths of a sample; the whole lag says
+// nothing of how close it sits to the next one.
+double FineLag(const std::vector<float>& ref, const std::vector<float>& test, int best) {
+  const double before = Correlation(ref, test, best - 1);
+  const double at = Correlation(ref, test, best);
+  const double after = Correlation(ref, test, best + 1);
+  const double curvature = before - 2 * at + after;
+  if (!(curvature < 0)) return best;
+  return best + 0.5 * (before - after) / curvature;
 }
 
 // The lag of channel 0: FFmpeg's raw streams start with their encoder's priming samples.
@@ -387,8 +407,11 @@ int Measure(const std::string& ref_path, const std::string& test_path, int skip)
   std::printf("above_band_worst_at %.0f Hz %.2f s\n", worst_hz, worst_s);
 
   // Lag of every channel against its reference after the given skip.
-  for (size_t c = 0; c < ref.size(); ++c)
-    std::printf("lag %zu %d\n", c, BestLag(ref[c], out[c], -400, 400));
+  for (size_t c = 0; c < ref.size(); ++c) {
+    const int lag = BestLag(ref[c], out[c], -400, 400);
+    std::printf("lag %zu %d\n", c, lag);
+    std::printf("fine_lag %zu %.2f\n", c, FineLag(ref[c], out[c], lag));
+  }
 
   // Attacks per group, so that one channel's quiet part is not filled by another's and its
   // attacks count.

@@ -87,7 +87,7 @@ fi
 
 # One job: encode ITEM at SETTING with ENCODER, decode, grade and measure into one line:
 # setting item encoder basic advanced bandwidth above_band lfe_lag lags attacks(t:dB,...)
-# pairs(LR:basic/advanced,C:...,S:..., 5.1 only; else -)
+# pairs(LR:basic/advanced,C:...,S:..., 5.1 only; else -) lfe_fine_lag(5.1 only; else -)
 run_one() {
   local setting=$1 item=$2 encoder=$3
   local codec layout kbps
@@ -129,16 +129,19 @@ run_one() {
   # A 5.1 item's grade is the mean of its pairs; each pair's own grades say which channels
   # carry a difference.
   [ "$pairs" -gt 1 ] || per_pair=-
-  local lfe=-
-  [ "$channels" = 6 ] && lfe=$(awk '$1 == "lag" && $2 == 3 {print $3}' "$dir/measure.txt")
+  local lfe=- lfe_fine=-
+  if [ "$channels" = 6 ]; then
+    lfe=$(awk '$1 == "lag" && $2 == 3 {print $3}' "$dir/measure.txt")
+    lfe_fine=$(awk '$1 == "fine_lag" && $2 == 3 {print $3}' "$dir/measure.txt")
+  fi
   local lags attacks
   lags=$(awk '$1 == "lag" && $3 != 0 && $2 != 3 {printf "%s%s:%s", sep, $2, $3; sep=","}' "$dir/measure.txt")
   attacks=$(awk '$1 == "attack" {printf "%s%s:%s", sep, $2, $3; sep=","}' "$dir/measure.txt")
-  printf '%s %s %s %.3f %.3f %s %s %s %s %s %s\n' "$setting" "$item" "$encoder" \
+  printf '%s %s %s %.3f %.3f %s %s %s %s %s %s %s\n' "$setting" "$item" "$encoder" \
     "$(echo "$basic / $pairs" | bc -l)" "$(echo "$advanced / $pairs" | bc -l)" \
     "$(awk '$1 == "bandwidth" {print $2}' "$dir/measure.txt")" \
     "$(awk '$1 == "above_band" {print $2}' "$dir/measure.txt")" "$lfe" "${lags:--}" \
-    "${attacks:--}" "$per_pair" >"$dir/result.txt"
+    "${attacks:--}" "$per_pair" "$lfe_fine" >"$dir/result.txt"
   rm -f "$dir"/ref_*.wav "$dir"/test_*.wav
   if [ -n "$lean" ]; then rm -f "$dir/decoded.wav"; fi
 }

@@ -1,5 +1,6 @@
 # Tables of bench/quality/run.sh from its per-job lines:
 #   setting item encoder basic advanced bandwidth above_band lfe_lag lags attacks pairs
+#   lfe_fine_lag (the last two optional)
 function percentile(values, count, p,    sorted, i, j, t, k) {
   if (count == 0) return "-"
   for (i = 1; i <= count; ++i) sorted[i] = values[i]
@@ -18,6 +19,7 @@ function percentile(values, count, p,    sorted, i, j, t, k) {
   basic[key, $3] = $4; advanced[key, $3] = $5; bw[key, $3] = $6; above[key, $3] = $7
   lfe[key, $3] = $8; lags[key, $3] = $9; attacks[key, $3] = $10
   pairs[key, $3] = NF >= 11 ? $11 : "-"
+  lfe_fine[key, $3] = NF >= 12 ? $12 : "-"
 }
 END {
   for (s = 1; s <= nsettings; ++s) {
@@ -28,6 +30,7 @@ END {
     n = 0; sum_b = 0; sum_a = 0; sum_fb = 0; sum_fa = 0; better = 0; worse = ""; na = 0
     delete ours_pre; delete ffm_pre; worst_gap = -99; worst_at = "-"
     above_ours = -999; above_ours_at = "-"; above_ffm = -999; above_ffm_at = "-"; lfe_off = ""; has_lfe = 0
+    fine_worst = -1; fine_worst_at = "-"
     for (i = 1; i <= nitems[setting]; ++i) {
       item = items[setting, i]
       key = setting SUBSEP item
@@ -46,6 +49,10 @@ END {
       if (above[key, "ffmpeg"] + 0 > above_ffm) { above_ffm = above[key, "ffmpeg"] + 0; above_ffm_at = item }
       if (lfe[key, "ours"] != "-") has_lfe = 1
       if (lfe[key, "ours"] != "-" && lfe[key, "ours"] != 0) lfe_off = lfe_off " " item ":" lfe[key, "ours"]
+      fine = lfe_fine[key, "ours"]
+      if (fine != "-" && (fine < 0 ? -fine : fine) > fine_worst) {
+        fine_worst = fine < 0 ? -fine : fine; fine_worst_at = sprintf("%+.2f at %s", fine, item)
+      }
       if (ob > fb) ++better
       if (ob < fb - 0.2 || oa < fa - 0.2) worse = worse " " item
       no = split(attacks[key, "ours"], ao, ","); nf = split(attacks[key, "ffmpeg"], af, ",")
@@ -64,7 +71,8 @@ END {
     printf "above the coded band, worst (dB over the original): ours %.1f (%s), ffmpeg %.1f (%s)\n",
            above_ours, above_ours_at, above_ffm, above_ffm_at
     if (has_lfe)
-      printf "LFE lag after the reported delay:%s\n", lfe_off == "" ? " 0 on every item" : lfe_off
+      printf "LFE lag after the reported delay:%s%s\n", lfe_off == "" ? " 0 on every item" : lfe_off,
+             fine_worst < 0 ? "" : "; furthest from 0 to a fraction of a sample: " fine_worst_at
     if (na > 0)
       printf "pre-echo over %d attacks (dB): median ours %.1f ffmpeg %.1f; p90 ours %.1f ffmpeg %.1f; worst ours-ffmpeg %+.1f at %s\n",
              na, percentile(ours_pre, na, 0.5), percentile(ffm_pre, na, 0.5),
