@@ -75,6 +75,12 @@ TEST(Transient, PeakQuarterSaysWhereTheAttackLands) {
   }
 }
 
+// A block of the highest frequency (all in the detector's high band) at amplitude `before`,
+// stepping to `after` at sample `at`.
+void HighBandStep(float before, float after, int at, float block[256]) {
+  for (int n = 0; n < 256; ++n) block[n] = (n < at ? before : after) * ((n % 2) ? 1.0f : -1.0f);
+}
+
 // A clap whose first rise falls at the end of the block before: the rise, though well above
 // the quiet before it, must not hide the clap: 8 times louder than the rise, 40 times louder
 // than the quiet.
@@ -82,12 +88,9 @@ TEST(Transient, AttackRisingJustBeforeItsBlockSwitches) {
   TransientDetector t;
   t.Reset();
   float quiet[256], rise[256], clap[256];
-  for (int n = 0; n < 256; ++n) {
-    const float alternating = (n % 2) ? 1.0f : -1.0f;
-    quiet[n] = 0.001f * alternating;
-    rise[n] = (n < 224 ? 0.001f : 0.005f) * alternating;
-    clap[n] = 0.04f * alternating;
-  }
+  HighBandStep(0.001f, 0.001f, 0, quiet);
+  HighBandStep(0.001f, 0.005f, 224, rise);
+  HighBandStep(0.04f, 0.04f, 0, clap);
   for (int b = 0; b < 4; ++b) EXPECT_FALSE(t.Detect(quiet));
   EXPECT_FALSE(t.Detect(rise));
   EXPECT_TRUE(t.Detect(clap));
@@ -101,12 +104,9 @@ TEST(Transient, ExposedClapOverATailSwitchesFromOneQuarter) {
   TransientDetector t;
   t.Reset();
   float tail[256], quiet[256], clap[256];
-  for (int n = 0; n < 256; ++n) {
-    const float alternating = (n % 2) ? 1.0f : -1.0f;
-    tail[n] = 0.04f * alternating;
-    quiet[n] = 0.01f * alternating;
-    clap[n] = (n < 192 ? 0.01f : 0.12f) * alternating;
-  }
+  HighBandStep(0.04f, 0.04f, 0, tail);
+  HighBandStep(0.01f, 0.01f, 0, quiet);
+  HighBandStep(0.01f, 0.12f, 192, clap);
   t.Detect(tail);  // the onset of the first clap
   for (int b = 0; b < 3; ++b) EXPECT_FALSE(t.Detect(tail));
   EXPECT_FALSE(t.Detect(quiet));
