@@ -1,7 +1,8 @@
 // Transient detection for block switching (after A/52 section 8.2.2). The 256 new samples of
 // each block go through a high-pass filter and are cut into a hierarchy of segments (one of
 // 256, two of 128, four of 64). A segment whose peak exceeds the loudest peak of 256 earlier
-// samples by the level's ratio, above a silence threshold, marks an attack: the
+// samples by the level's ratio (the 256-sample level's at every level where the full band
+// rises as far as an exposed attack), above a silence threshold, marks an attack: the
 // block is then coded with two short transforms so that the quantisation noise stays within
 // 256 samples of the attack. Judging against 256 samples rather than the one segment before
 // keeps periodic pulses (a buzzy reed, a low voice: a pulse every 2-10 ms) on long blocks,
