@@ -161,13 +161,13 @@ bool TransientDetector::DetectFiltered(const float* filtered, const float* block
       }
       const int first = s * quarters;
       const float full_reference = ReferencePeak(full_history, first);
+      const float full_rise = full_peak / std::max(full_reference, kSilence);
       // An exposed rise needs only the longest segment's ratio, whatever its level.
-      const bool exposed = full_peak > kExposedAttackRise * std::max(full_reference, kSilence);
-      const float threshold = exposed ? kThreshold[0] : kThreshold[level];
+      const float threshold = full_rise > kExposedAttackRise ? kThreshold[0] : kThreshold[level];
       if (peak > kSilence && peak * threshold > ReferencePeak(history, first) &&
           peak > full_reference) {
         transient = true;
-        rise_ = std::max(rise_, full_peak / std::max(full_reference, kSilence));
+        rise_ = std::max(rise_, full_rise);
       }
     }
   }
