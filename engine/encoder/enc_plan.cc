@@ -78,23 +78,29 @@ namespace {
 constexpr double kCouplingRate = 48;
 constexpr double kCouplingBeginShare = 0.7;
 
-// Blocks around an attack (see MarkAttackBlocks) are quantized two coarse offset steps
-// (6 dB) finer than the rest of the frame. Pre-echo over the 102 attacks of the quality
-// benchmark at AC-3 2.0 128k, median / 90th percentile: 5.5 / 12.5 dB -> 5.1 / 10.3 dB, for
-// 0.003 of mean PEAQ; three steps reached 4.8 / 9.6 dB but cost 0.02. E-AC-3 streams keep one
-// set of offsets per frame (FFmpeg's decoder reads E-AC-3 SNR offsets in block 0 only) and
-// lower those blocks' masking curves by delta bit allocation instead.
-constexpr int kAttackBoost = 32;
+// Blocks around an attack (see MarkAttackBlocks) are quantized three coarse offset steps
+// (9 dB) finer than the rest of the frame. Pre-echo over the 102 attacks of the quality
+// benchmark, median / 90th percentile / worst against FFmpeg's same attack, two steps ->
+// three: AC-3 2.0 192k 2.5 / 5.5 / +3.4 -> 2.4 / 5.3 / +2.8 dB, 128k 4.3 / 10.1 / +4.4 ->
+// 4.2 / 9.4 / +4.2 (FFmpeg's medians and 90th percentiles 4.5 / 11.9 and 5.3 / 11.1). PEAQ,
+// ours minus FFmpeg, within 0.004 (applause -0.02 advanced at 192k); held-out music +0.013 /
+// +0.001 at 192k, +0.005 / 0.000 at 128k. Four steps: 192k worst +2.9, 90th percentile 4.9,
+// PEAQ -0.002 / -0.003; 128k worst +4.7 (applause), PEAQ -0.009 / -0.018. Two steps against
+// none, at 128k: 5.5 / 12.5 -> 5.1 / 10.3 dB for 0.003 of PEAQ. E-AC-3 streams keep one set
+// of offsets per frame (FFmpeg's decoder reads E-AC-3 SNR offsets in block 0 only) and lower
+// those blocks' masking curves by delta bit allocation instead.
+constexpr int kAttackBoost = 48;
 // E-AC-3 lowers them two delta steps (12 dB). Pre-echo over the 102 attacks of the stereo
 // items, median / 90th percentile, one step -> two: 96k 6.7 / 12.9 -> 6.6 / 10.8 dB, 128k
 // 5.7 / 11.5 -> 5.5 / 10.6 (FFmpeg 3.9 / 11.1 and 5.5 / 11.2), for 0.01 of mean PEAQ (5.1:
 // 0.02-0.03); three steps reached 10.4 / 9.7 dB but cost 0.03-0.04.
 constexpr int kAttackBoostByDelta = 64;
-// Programmes of more than two full-bandwidth channels boost half as much (3 dB; E-AC-3 one
-// delta step). An AC-3 block's
-// boost raises every channel's offset, and in either codec a 5.1 mix holds more attacks per
-// frame, so the same boost takes more from the rest of the frame. Measured over the 102
-// attacks of the four 5.1 mixes, with PEAQ ours minus FFmpeg, basic / advanced:
+// Programmes of more than two full-bandwidth channels boost less: one coarse step in AC-3
+// (kMultichannelAttackBoost, 3 dB), half of E-AC-3's (one delta step), and half of the early
+// boost below. An AC-3 block's boost raises every channel's offset, and in either codec a 5.1
+// mix holds more attacks per frame, so the same boost takes more from the rest of the frame.
+// Measured against twice these over the 102 attacks of the four 5.1 mixes, with PEAQ ours
+// minus FFmpeg, basic / advanced:
 //   AC-3 448k:   +0.18 / +0.36 -> +0.20 / +0.38; pre-echo median / 90th percentile 3.2 / 8.0
 //                -> 3.8 / 8.6 dB (FFmpeg 7.2 / 13.7).
 //   AC-3 384k:   +0.24 / +0.30 -> +0.26 / +0.32; 3.9 / 9.2 -> 4.4 / 10.2 dB (FFmpeg 8.8 / 14.3).
@@ -102,6 +108,7 @@ constexpr int kAttackBoostByDelta = 64;
 //   E-AC-3 256k: +0.49 / +0.25 -> +0.51 / +0.29; 4.8 / 9.7 -> 5.7 / 11.3 dB (FFmpeg 10.3 / 16.2).
 // No boost at all graded 0.01-0.03 higher still but brought E-AC-3 192k's 90th percentile
 // level with FFmpeg's (17.1 dB).
+constexpr int kMultichannelAttackBoost = 16;
 constexpr int kMultichannelBoostDivisor = 2;
 // An exposed attack that lands in the first half of its block's new samples leaves error in
 // the last millisecond or two before it: a castanet at AC-3 2.0 192k, 1 ms before its onset,
@@ -121,9 +128,9 @@ constexpr int kMultichannelBoostDivisor = 2;
 // lowered the medians 0.3-0.8 dB but put 256k's worst attack at +3.4.
 constexpr int kEarlyAttackBoost = 32;
 // AC-3 blocks say their boost as a coarse offset (FrameData::BlockCoarseOffset): whole steps of
-// 16 SNR index units, halved or not. Anything else would be written as a different allocation
-// from the one the frame was fitted with.
-static_assert(kAttackBoost % (16 * kMultichannelBoostDivisor) == 0 &&
+// 16 SNR index units. Anything else would be written as a different allocation from the one
+// the frame was fitted with.
+static_assert(kAttackBoost % 16 == 0 && kMultichannelAttackBoost % 16 == 0 &&
                   kEarlyAttackBoost % (16 * kMultichannelBoostDivisor) == 0,
               "attack boosts must stay whole coarse offset steps");
 
@@ -310,7 +317,8 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kAttackBoost;
   plan.early_attack_boost = kEarlyAttackBoost;
   if (nfch > 2) {
-    plan.attack_boost /= kMultichannelBoostDivisor;
+    plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta / kMultichannelBoostDivisor
+                                            : kMultichannelAttackBoost;
     plan.early_attack_boost /= kMultichannelBoostDivisor;
   }
   // The extension first: at the low rates it takes the place of coupling.
