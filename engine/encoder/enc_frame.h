@@ -45,6 +45,7 @@ struct ChannelFrame {
   bool blksw[kBlocks] = {};
   bool exposed_attack[kBlocks] = {};  // an attack that nothing before it masks (MarkAttackBlocks)
   bool early_attack[kBlocks] = {};    // such an attack in the first half of the new samples
+  bool silent_attack[kBlocks] = {};   // such an attack rising out of near silence
   ExpStrategy strategy[kBlocks] = {};
   float coef[kBlocks][256];
   uint8_t exp[kBlocks][256];
@@ -97,9 +98,11 @@ struct FrameData {
   // Extra SNR index of each block over the frame's (whole coarse steps of 3 dB): blocks
   // around an attack get finer quantization where the stream can say so.
   int snr_boost[kBlocks] = {};
-  // Each channel's block 5 of the previous frame: short, and holding an exposed attack.
+  // Each channel's block 5 of the previous frame: short, holding an exposed attack, and one
+  // out of near silence.
   bool last_block_short[kMaxCplChannels] = {};
   bool last_block_exposed[kMaxCplChannels] = {};
+  bool last_block_silent[kMaxCplChannels] = {};
   // Delta bit allocation of each block: the full-bandwidth channels', then the coupling
   // channel's at index nfch (the LFE has none); and those in effect after the previous frame,
   // which the next frame's block 0 starts from (see WriteDeltaAllocation).

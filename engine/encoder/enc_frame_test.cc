@@ -27,8 +27,9 @@ float Noise(uint32_t* seed) {
 // An attack far above what came before it (a clap after a pause), landing in the last quarter
 // of its block's new samples; the same landing in the first quarter; and one that rises only a
 // few times over ringing content (a pluck).
-constexpr BlockAttack kExposedAttack = {true, 100.0f, 3};
-constexpr BlockAttack kEarlyExposedAttack = {true, 100.0f, 0};
+constexpr BlockAttack kExposedAttack = {true, 30.0f, 3};
+constexpr BlockAttack kEarlyExposedAttack = {true, 30.0f, 0};
+constexpr BlockAttack kSilentAttack = {true, 300.0f, 3};  // out of near silence
 constexpr BlockAttack kMaskedAttack = {true, 3.0f};
 
 // An empty frame of the full-bandwidth channels of `acmod`, without LFE.
@@ -264,6 +265,15 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
   ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
   EXPECT_EQ(f->BlockCoarseOffset(2), f->csnroffst + (32 + plan.early_attack_boost) / 16);
 
+  // An exposed attack out of near silence: both its blocks take the silence boost on top.
+  attacks[0][2] = kSilentAttack;
+  AnalyzeFrame(channels, attacks, plan, f.get());
+  ASSERT_GT(plan.silent_attack_boost, 0);
+  const int silent = 32 + plan.silent_attack_boost;
+  const int silent_expected[kBlocks] = {0, 0, silent, silent, 0, 0};
+  for (int b = 0; b < kBlocks; ++b)
+    EXPECT_EQ(f->snr_boost[b], silent_expected[b]) << "block " << b;
+
   // An attack heard against the content before it switches to short transforms but takes no
   // bits from the rest of the frame, wherever it lands.
   attacks[0][2] = kMaskedAttack;
@@ -274,7 +284,8 @@ TEST(Frame, AttackBlocksGetFinerQuantization) {
 }
 
 // E-AC-3 says the attack boost through the attack channel's masking curve: two delta steps
-// lower in the attack's block and the next, a third in the block of an attack that lands early.
+// lower in the attack's block and the next, a third in the block of an attack that lands early
+// and in both blocks of one out of near silence.
 TEST(Frame, Eac3AttackBlocksLowerTheirChannelsMaskingCurve) {
   auto f = NewFrame(2);
   std::vector<float> input(2 * (kHistory + kFrameInput));
@@ -289,13 +300,17 @@ TEST(Frame, Eac3AttackBlocksLowerTheirChannelsMaskingCurve) {
                             [&](int8_t step) { return step == d.step[0]; }));
     return static_cast<int>(d.step[0]);
   };
-  for (const BlockAttack attack : {kExposedAttack, kEarlyExposedAttack}) {
+  for (const BlockAttack attack : {kExposedAttack, kEarlyExposedAttack, kSilentAttack}) {
     BlockAttack attacks[kMaxChannels][kBlocks] = {};
     attacks[0][2] = attack;
     std::fill(f->last_block_short, f->last_block_short + kMaxCplChannels, false);
     std::fill(f->last_block_exposed, f->last_block_exposed + kMaxCplChannels, false);
+    std::fill(f->last_block_silent, f->last_block_silent + kMaxCplChannels, false);
     AnalyzeFrame(channels, attacks, plan, f.get());
-    const int expected[kBlocks] = {0, 0, attack.quarter < 2 ? -3 : -2, -2, 0, 0};
+    // One step more in the attack's block when it lands early; in both when out of silence.
+    const bool silent = attack.rise > 100;
+    const int expected[kBlocks] = {0, 0, attack.quarter < 2 || silent ? -3 : -2,
+                                   silent ? -3 : -2, 0, 0};
     for (int b = 0; b < kBlocks; ++b) {
       EXPECT_EQ(steps(b, 0), expected[b]) << "block " << b << ", quarter " << attack.quarter;
       EXPECT_EQ(steps(b, 1), 0) << "block " << b;

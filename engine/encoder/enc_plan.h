@@ -51,6 +51,9 @@ struct CodingPlan {
   // SNR index added on top to the block of an exposed attack that lands in the first half of
   // its new samples (see kEarlyAttackBoost), in the same way as attack_boost.
   int early_attack_boost = 0;
+  // SNR index added on top to both blocks of an exposed attack that rises out of near silence
+  // (see kSilentAttackBoost), in the same way as attack_boost.
+  int silent_attack_boost = 0;
 };
 // `extension`: the stream may use spectral extension (E-AC-3).
 CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension = false);
