@@ -249,10 +249,10 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
     // Early and silent attacks are exposed ones, so any_exposed holds wherever they do.
     const bool early = std::any_of(f->ch, f->ch + f->nfch,
                                    [b](const ChannelFrame& ch) { return ch.early_attack[b]; });
-    const bool by_offset = boost && !plan.boost_by_delta;
+    const bool by_delta = boost && plan.boost_by_delta, by_offset = boost && !by_delta;
     f->snr_boost[b] = by_offset && any_exposed ? boost_of(early, any_silent) : 0;
     std::fill(f->dba[b], f->dba[b] + kMaxCplChannels + 1, MaskDelta());
-    if (boost && plan.boost_by_delta)
+    if (by_delta)
       for (int c = 0; c < f->nfch; ++c)
         if (exposed_in_block[c])
           f->dba[b][c] = UniformMaskDelta(

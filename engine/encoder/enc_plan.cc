@@ -332,10 +332,11 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.boost_by_delta = extension;
   plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kAttackBoost;
   plan.early_attack_boost = kEarlyAttackBoost;
-  plan.silent_attack_boost = nfch > 2 ? 0 : kSilentAttackBoost;
+  plan.silent_attack_boost = kSilentAttackBoost;
   if (nfch > 2) {
     plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta / kMultichannelBoostDivisor : 0;
     plan.early_attack_boost /= kMultichannelBoostDivisor;
+    plan.silent_attack_boost = 0;
   }
   // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
