@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Builds the held-out item set in DIR (once; existing items are kept): eight 10 s stereo
-# excerpts of recorded game music, 48 kHz float WAV, low-passed at 20 kHz like the main items.
-# The encoder is never tuned on these; grading them checks that what the main items taught it
-# holds on music it has not met. Orchestra with percussion, plucked folk instruments, choir,
-# solo winds and strings, ambient pads, fast brass and strings.
+# excerpts of recorded game music, 48 kHz float WAV, low-passed at 20 kHz like the main items,
+# and two 5.1 mixes of them (surround.sh). The encoder is never tuned on these; grading them
+# checks that what the main items taught it holds on music it has not met. Orchestra with
+# percussion, plucked folk instruments, choir, solo winds and strings, ambient pads, fast brass
+# and strings; the mixes put the choir or the winds in the centre.
 #   make_holdout_items.sh DIR
 # Needs: wesnoth-1.16-music, sox, ffmpeg (scripts/quality.sh --holdout installs them).
 set -euo pipefail
@@ -27,3 +28,14 @@ brass_frantic frantic 30
 ambient_underground underground 30
 solo_wanderer wanderer 30
 LIST
+
+# 5.1: orchestra in front, the choir in the centre, ambient pads behind; folk instruments in
+# front, the winds in the centre, percussion behind.
+mix() {  # mix NAME L/R C LS/RS LFE (item names)
+  [ -f "$dir/$1.wav" ] && return 0
+  bash "$(dirname "$0")/surround.sh" "$dir/$1.wav" "$dir/$2.wav" "$dir/$3.wav" "$dir/$4.wav" \
+    "$dir/$5.wav"
+}
+mix orchestra_51 orchestra_battle_epic choir_nunc_dimittis ambient_underground \
+  orchestra_battle_epic
+mix folk_51 folk_traveling_minstrels winds_elvish_theme percussion_knalgan percussion_knalgan

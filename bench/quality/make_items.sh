@@ -75,21 +75,10 @@ for kind in castanets harpsichord applause glockenspiel pitchpipe reed; do
   fi
 done
 
-# 5.1 mixes: channel files merged in slot order. The LFE takes the mono sum of a full-band
-# source: both encoders band-limit it themselves.
-mono() { sox -D -V1 "$1" "$2" remix 1,2 vol "${3:-0.5}"; }
-channel() { sox -D -V1 "$1" "$2" remix "$3"; }
+# 5.1 mixes (surround.sh).
 surround() {  # surround NAME L/R-FILE C-FILE LS/RS-FILE LFE-FILE
-  local name=$1
-  item "$name" || return 0
-  channel "$2" "$dir/src/l.wav" 1
-  channel "$2" "$dir/src/r.wav" 2
-  mono "$3" "$dir/src/c.wav" 0.7
-  mono "$5" "$dir/src/lfe.wav" 0.5
-  channel "$4" "$dir/src/ls.wav" 1
-  channel "$4" "$dir/src/rs.wav" 2
-  sox -D -V1 -M "$dir/src/l.wav" "$dir/src/r.wav" "$dir/src/c.wav" "$dir/src/lfe.wav" \
-    "$dir/src/ls.wav" "$dir/src/rs.wav" -e floating-point -b 32 "$dir/$name.wav"
+  item "$1" || return 0
+  bash "$(dirname "$0")/surround.sh" "$dir/$1.wav" "$2" "$3" "$4" "$5"
 }
 decode "$songs/armygeddon/song.ogg" 30 "$dir/src/song.wav"
 lowpass "$dir/src/song.wav" "$dir/src/song_lp.wav"

@@ -8,8 +8,8 @@
 #          [--jobs N] [--ours-only] [--ffmpeg-from DIR] [--lean]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
 # eac3_51_256. --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
-# --holdout grades the held-out items (make_holdout_items.sh: music the encoder was never
-# tuned on) at the four stereo settings instead; give it a work folder of its own.
+# --holdout grades the held-out items instead (make_holdout_items.sh: music the encoder was
+# never tuned on, stereo and two 5.1 mixes); give it a work folder of its own.
 # --ours-only grades only our encoder and reuses FFmpeg's results already in the work folder
 # (its encoder is deterministic), which halves a run while tuning. --ffmpeg-from DIR does the
 # same with FFmpeg's results and the items of another work folder, so that each variant of a
@@ -33,7 +33,7 @@ settings="ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac
 while [ $# -gt 0 ]; do
   case $1 in
     --quick) items=castanets,reed,rock_armygeddon,speech; settings="ac3_20_192 eac3_20_96" ;;
-    --holdout) holdout=1; settings="ac3_20_192 ac3_20_128 eac3_20_96 eac3_20_128" ;;
+    --holdout) holdout=1 ;;
     --items) items=$2; shift ;;
     --settings) settings=${2//,/ }; shift ;;
     --build) build=$(cd "$2" && pwd); shift ;;
