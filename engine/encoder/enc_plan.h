@@ -43,9 +43,9 @@ struct CodingPlan {
   // Bandwidth code of a channel the extension leaves out because its upper band has clearly
   // held stable partials lately (see ChooseExtendedChannels).
   int tonal_chbwcod = 60;
-  // SNR index added to the blocks around an attack (a multiple of 32: 6 dB steps), through
-  // the SNR offsets, or for E-AC-3, whose offsets stay the same across the frame, through
-  // delta bit allocation.
+  // SNR index added to the blocks around an attack, through the SNR offsets (whole coarse
+  // steps of 16, 3 dB), or for E-AC-3, whose offsets stay the same across the frame, through
+  // delta bit allocation (multiples of 32, 6 dB).
   int attack_boost = 0;
   bool boost_by_delta = false;
   // SNR index added on top to the block of an exposed attack that lands in the first half of
