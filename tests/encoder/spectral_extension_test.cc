@@ -1,7 +1,8 @@
 // Spectral extension through FFmpeg's decoder: at the E-AC-3 rates that use it, a broadband
 // signal decodes with each channel's upper band back at the original's level (or the share of
-// it the plan asks for) although no mantissas carry it, a signal with nothing up there gets nothing there, a stable partial
-// up there stays where it is, and a held harmonic tone gets no copies of its lower partials.
+// it the plan asks for) although no mantissas carry it, a signal with nothing up there gets
+// nothing there, a stable partial up there stays where it is, and a held harmonic tone gets no
+// copies of its lower partials.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -84,6 +85,7 @@ void ForEachDecodedChannel(Signal signal, Check check) {
   for (const Case& c : kCases) {
     SCOPED_TRACE("acmod " + std::to_string(c.acmod) + " at " + std::to_string(c.kbps));
     const std::pair<double, double> range = ExtensionRange(c);
+    const double level = RebuiltLevelDb(c);
     const ddtest::Planar input = Programme(c, signal);
     int delay = 0;
     const ddtest::Planar decoded = Decode(c, input, &delay);
@@ -91,7 +93,7 @@ void ForEachDecodedChannel(Signal signal, Check check) {
     const std::vector<int> slots = ddtest::SlotsForLayout(c.acmod, c.lfe);
     for (size_t i = 0; i < slots.size(); ++i)
       if (slots[i] != 3)
-        check(range, RebuiltLevelDb(c), i, input.channels[i], Aligned(decoded.channels[i], delay));
+        check(range, level, i, input.channels[i], Aligned(decoded.channels[i], delay));
   }
 }
 
