@@ -189,7 +189,9 @@ constexpr float kStereoCoherence = 0.8f;
 // +0.235 / +0.406, 384k +0.294 / +0.402 -> +0.289 / +0.391; at 20.3 kHz (12) lower still.
 // Channels left out keeping the rate's own band (18.4 kHz at 448k) rather than the range's
 // end: +0.222 / +0.406, but the worst attack 2.6 -> 7.7 dB over FFmpeg's; at 20.3 kHz +0.201 /
-// +0.397.
+// +0.397. Beginning at 3.5 kHz (cplbegf 0): 448k +0.227 / +0.427, 384k +0.301 / +0.445, nearly
+// all of it the tonal mix, while the held-out 5.1 mixes lost 0.009 / 0.000 and 0.004 / 0.004;
+// later beginnings (cplbegf 2 or 3, or the stereo rule's 9.1 and 8 kHz) graded lower at both.
 constexpr int kMultichannelBegin = 1;
 constexpr float kMultichannelCoherence = 0.8f;
 
