@@ -2,6 +2,16 @@
 
 namespace ddpi::enc {
 
+void WriteBlockOpening(BitWriter* bw, const FrameData& f, int block) {
+  for (int c = 0; c < f.nfch; ++c) bw->Put(f.ch[c].blksw[block], 1);
+  for (int c = 0; c < f.nfch; ++c) bw->Put(f.dithflag[c][block], 1);
+  for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
+    const bool dynrnge = f.DynrngChanges(block);
+    bw->Put(dynrnge, 1);
+    if (dynrnge) bw->Put(f.drc.dynrng[block] & 0xff, 8);
+  }
+}
+
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block) {
   const ExpStrategy s = ch.strategy[block];
   if (s == kExpReuse) return;

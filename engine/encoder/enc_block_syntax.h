@@ -1,5 +1,6 @@
-// Pieces of the audio block syntax that the AC-3 and E-AC-3 frame writers share: exponents,
-// bit allocation parameters, coupling coordinates and exponents, and mantissas.
+// Pieces of the audio block syntax that the AC-3 and E-AC-3 frame writers share: the block's
+// opening fields, exponents, bit allocation parameters, coupling coordinates and exponents, and
+// mantissas.
 #ifndef DDPI_ENGINE_ENCODER_ENC_BLOCK_SYNTAX_H
 #define DDPI_ENGINE_ENCODER_ENC_BLOCK_SYNTAX_H
 
@@ -8,6 +9,9 @@
 
 namespace ddpi::enc {
 
+// How every block opens in both syntaxes: each channel's blksw and dithflag, then dynrnge and
+// dynrng (twice in a 1+1 programme).
+void WriteBlockOpening(BitWriter* bw, const FrameData& frame, int block);
 // The channel's exponents in the block, where it sends new ones: absexp, the groups and
 // (full-bandwidth channels) gainrng.
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);

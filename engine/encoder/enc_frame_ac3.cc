@@ -32,13 +32,7 @@ void WriteCouplingStrategy(BitWriter* bw, const FrameData& f, int blk) {
 bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
                 MaskDelta* dba_state, MantissaPacker* packer) {
   const int nfch = f.nfch;
-  for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
-  for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
-  for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
-    const bool dynrnge = f.DynrngChanges(blk);
-    bw->Put(dynrnge, 1);
-    if (dynrnge) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
-  }
+  WriteBlockOpening(bw, f, blk);
   WriteCouplingStrategy(bw, f, blk);
   if (f.cplinu) WriteCouplingCoords(bw, f, blk, true);
   if (f.acmod == 2) {

@@ -93,13 +93,7 @@ void WriteSpxCoords(BitWriter* bw, const FrameData& f, int blk) {
 bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, MantissaPacker* packer,
                 bool dependent) {
   const int nfch = f.nfch;
-  for (int c = 0; c < nfch; ++c) bw->Put(f.ch[c].blksw[blk], 1);
-  for (int c = 0; c < nfch; ++c) bw->Put(f.dithflag[c][blk], 1);  // dithflag
-  for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
-    const bool dynrnge = f.DynrngChanges(blk);
-    bw->Put(dynrnge, 1);
-    if (dynrnge) bw->Put(f.drc.dynrng[blk] & 0xff, 8);
-  }
+  WriteBlockOpening(bw, f, blk);
   if (blk == 0) {
     bw->Put(f.spxinu, 1);  // spxinu (spxstre implied in block 0)
     if (f.spxinu) WriteSpxStrategy(bw, f);
