@@ -174,12 +174,6 @@ struct FrameData {
 void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks],
                   const CodingPlan& plan, FrameData* frame);
 
-// Rescales the spectral extension's coordinates to what the decoder will copy: the decoded
-// coefficients of the copy region (quantized, decoupled, rematrixed) rather than the original
-// ones, which at low rates carry more energy. Call after AllocateFrame; the coordinates'
-// size in bits does not change.
-void MatchSpxToDecodedCopies(FrameData* frame);
-
 }  // namespace ddpi::enc
 
 #endif  // DDPI_ENGINE_ENCODER_ENC_FRAME_H

@@ -7,6 +7,7 @@
 #include "enc_block_syntax.h"
 #include "crc16.h"
 #include "enc_bsi.h"
+#include "enc_spx_choice.h"
 
 namespace ddpi::enc {
 namespace {

@@ -24,8 +24,8 @@ namespace ddpi::enc {
 
 // An attack is exposed when it rises at least this many times over the full-band peak of the
 // 256 samples before it (TransientDetector::rise); only exposed attacks get finer quantization
-// (MarkAttackBlocks in enc_frame.cc). Below that, what came before is loud enough to mask the
-// pre-echo at the frame's own offset, and the boost only takes bits from the rest of the
+// (MarkAttackBlocks in enc_attack_blocks.cc). Below that, what came before is loud enough to
+// mask the pre-echo at the frame's own offset, and the boost only takes bits from the rest of the
 // frame: harpsichord plucks over ringing strings rise 2-9 times, claps, castanets and speech
 // onsets 10 to several hundred times. PEAQ, ours minus FFmpeg, basic / advanced: E-AC-3 2.0
 // 128k +0.36 / +0.13 -> +0.38 / +0.13 (harpsichord +0.21 / +0.07), 5.1 256k +0.47 / +0.26 ->

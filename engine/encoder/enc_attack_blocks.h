@@ -1,0 +1,24 @@
+// The blocks around attacks. Transient detection's findings mark a channel's blocks: short
+// transforms where an attack is present, and whether it is exposed (nothing before it masks
+// it), early in its block, or rising out of near silence. The blocks whose transforms span an
+// exposed attack are then quantized more finely than the rest of the frame.
+#ifndef DDPI_ENGINE_ENCODER_ENC_ATTACK_BLOCKS_H
+#define DDPI_ENGINE_ENCODER_ENC_ATTACK_BLOCKS_H
+
+#include "enc_frame.h"
+#include "enc_plan.h"
+
+namespace ddpi::enc {
+
+// Block `block` of a channel as transient detection found it (never short in the LFE). Set
+// ch->lfe first.
+void NoteAttack(const BlockAttack& attack, int block, ChannelFrame* ch);
+
+// Marks the blocks around attacks (FrameData::around_attack, channel_around_attack) and gives
+// those around exposed ones the plan's boosts: snr_boost where the boost is an SNR offset
+// (AC-3), delta bit allocation where it goes by delta (E-AC-3).
+void MarkAttackBlocks(const CodingPlan& plan, FrameData* f);
+
+}  // namespace ddpi::enc
+
+#endif  // DDPI_ENGINE_ENCODER_ENC_ATTACK_BLOCKS_H
