@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <memory>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -14,31 +12,10 @@
 #include "enc_encoder.h"
 #include "enc_frame.h"
 #include "enc_frame_ac3.h"
+#include "enc_frame_test_util.h"
 
 namespace ddpi::enc {
 namespace {
-
-// The next sample of a reproducible uniform noise in [-0.5, 0.5).
-float Noise(uint32_t* seed) {
-  *seed = *seed * 1664525u + 1013904223u;
-  return static_cast<float>((*seed >> 8) / 16777216.0 - 0.5);
-}
-
-// An attack far above what came before it (a clap after a pause), landing in the last quarter
-// of its block's new samples; the same landing in the first quarter; and one that rises only a
-// few times over ringing content (a pluck).
-constexpr BlockAttack kExposedAttack = {true, 30.0f, 3};
-constexpr BlockAttack kEarlyExposedAttack = {true, 30.0f, 0};
-constexpr BlockAttack kSilentAttack = {true, 300.0f, 3};  // out of near silence
-constexpr BlockAttack kMaskedAttack = {true, 3.0f};
-
-// An empty frame of the full-bandwidth channels of `acmod`, without LFE.
-std::unique_ptr<FrameData> NewFrame(int acmod) {
-  auto f = std::make_unique<FrameData>();
-  f->acmod = acmod;
-  f->nfch = f->channels = FbwChannels(acmod);
-  return f;
-}
 
 // Encodes `frames` frames of a chirp-and-noise signal and returns them concatenated.
 std::vector<uint8_t> Encode(const EncoderConfig& cfg, int frames) {
@@ -195,188 +172,6 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
   ASSERT_TRUE(AllocateFrame(budget, limit, true, f.get()));
   EXPECT_LE(early_bits(), limit);
   EXPECT_GT(early_bits(), limit * 3 / 4);  // and the search still fills what it may
-}
-
-// A block that switches to short transforms holds an attack, and the next block's long
-// transform spans it too: both are quantized more finely, the frame's other blocks paying for
-// it, and a frame ending on an attack passes the boost on to the next frame's first block.
-TEST(Frame, AttackBlocksGetFinerQuantization) {
-  auto f = NewFrame(2);
-  std::vector<float> input(2 * (kHistory + kFrameInput));
-  uint32_t seed = 7;
-  for (float& x : input) x = 0.3f * Noise(&seed);
-  // Unrelated channels 10 dB apart, which code as left and right in every block.
-  for (size_t i = kHistory + kFrameInput; i < input.size(); ++i) input[i] *= 0.3f;
-  const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
-  BlockAttack attacks[kMaxChannels][kBlocks] = {};
-  attacks[0][2] = kExposedAttack;
-  CodingPlan plan = PlanForRate(256, 2, false);
-  ASSERT_FALSE(plan.coupling);
-  const int budget = 6000;
-
-  auto block_bits = [&](int b) {
-    MantissaCounter counter;
-    for (int c = 0; c < 2; ++c) counter.Add(f->ch[c].bap[b], 0, f->ch[c].end);
-    return counter.Bits();
-  };
-  auto allocate = [&](int boost, int bits[kBlocks]) {
-    plan.attack_boost = boost;
-    f->snr_index = 0;
-    std::fill(f->last_block_short, f->last_block_short + kMaxCplChannels, false);
-    AnalyzeFrame(channels, attacks, plan, f.get());
-    ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
-    int total = 0;
-    for (int b = 0; b < kBlocks; ++b) total += bits[b] = block_bits(b);
-    EXPECT_LE(total, budget);
-  };
-  int plain[kBlocks], boosted[kBlocks];
-  allocate(0, plain);
-  for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], 0);
-  allocate(32, boosted);
-  const int expected[kBlocks] = {0, 0, 32, 32, 0, 0};
-  for (int b = 0; b < kBlocks; ++b) {
-    EXPECT_EQ(f->snr_boost[b], expected[b]) << "block " << b;
-    EXPECT_EQ(f->NewSnrOffsets(b), b == 0 || b == 2 || b == 4) << "block " << b;
-    if (expected[b]) {
-      // 6 dB finer: a fifth to a quarter more of the block's bits (24-25% here).
-      EXPECT_GT(boosted[b], plain[b] * 6 / 5) << "block " << b;
-    } else {
-      EXPECT_LT(boosted[b], plain[b]) << "block " << b;
-    }
-  }
-  EXPECT_EQ(f->BlockCoarseOffset(2), f->csnroffst + 2);
-
-  std::fill(&attacks[0][0], &attacks[0][0] + kBlocks, BlockAttack());
-  attacks[1][5] = kExposedAttack;
-  AnalyzeFrame(channels, attacks, plan, f.get());
-  EXPECT_EQ(f->snr_boost[4], 0);
-  EXPECT_EQ(f->snr_boost[5], 32);
-  attacks[1][5] = BlockAttack();
-  AnalyzeFrame(channels, attacks, plan, f.get());
-  EXPECT_EQ(f->snr_boost[0], 32);
-  EXPECT_EQ(f->snr_boost[1], 0);
-
-  // An exposed attack early in its block: its block alone takes the early boost on top.
-  attacks[0][2] = kEarlyExposedAttack;
-  AnalyzeFrame(channels, attacks, plan, f.get());
-  ASSERT_GT(plan.early_attack_boost, 0);
-  const int early_expected[kBlocks] = {0, 0, 32 + plan.early_attack_boost, 32, 0, 0};
-  for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], early_expected[b]) << "block " << b;
-  ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
-  EXPECT_EQ(f->BlockCoarseOffset(2), f->csnroffst + (32 + plan.early_attack_boost) / 16);
-
-  // An exposed attack out of near silence: both its blocks take the silence boost on top.
-  attacks[0][2] = kSilentAttack;
-  AnalyzeFrame(channels, attacks, plan, f.get());
-  ASSERT_GT(plan.silent_attack_boost, 0);
-  const int silent = 32 + plan.silent_attack_boost;
-  const int silent_expected[kBlocks] = {0, 0, silent, silent, 0, 0};
-  for (int b = 0; b < kBlocks; ++b)
-    EXPECT_EQ(f->snr_boost[b], silent_expected[b]) << "block " << b;
-
-  // An attack heard against the content before it switches to short transforms but takes no
-  // bits from the rest of the frame, wherever it lands.
-  attacks[0][2] = kMaskedAttack;
-  AnalyzeFrame(channels, attacks, plan, f.get());
-  EXPECT_TRUE(f->ch[0].blksw[2]);
-  EXPECT_TRUE(f->around_attack[2] && f->around_attack[3]);
-  for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], 0) << "block " << b;
-}
-
-// E-AC-3 says the attack boost through the attack channel's masking curve: two delta steps
-// lower in the attack's block and the next, a third in the block of an attack that lands early
-// and in both blocks of one out of near silence.
-TEST(Frame, Eac3AttackBlocksLowerTheirChannelsMaskingCurve) {
-  auto f = NewFrame(2);
-  std::vector<float> input(2 * (kHistory + kFrameInput));
-  uint32_t seed = 11;
-  for (float& x : input) x = 0.3f * Noise(&seed);
-  const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
-  const CodingPlan plan = PlanForRate(128, 2, false, true);
-  ASSERT_TRUE(plan.boost_by_delta);
-  auto steps = [&](int b, int c) {
-    const MaskDelta& d = f->dba[b][c];
-    EXPECT_TRUE(std::all_of(d.step, d.step + ac3::kBands,
-                            [&](int8_t step) { return step == d.step[0]; }));
-    return static_cast<int>(d.step[0]);
-  };
-  for (const BlockAttack attack : {kExposedAttack, kEarlyExposedAttack, kSilentAttack}) {
-    BlockAttack attacks[kMaxChannels][kBlocks] = {};
-    attacks[0][2] = attack;
-    std::fill(f->last_block_short, f->last_block_short + kMaxCplChannels, false);
-    std::fill(f->last_block_exposed, f->last_block_exposed + kMaxCplChannels, false);
-    std::fill(f->last_block_silent, f->last_block_silent + kMaxCplChannels, false);
-    AnalyzeFrame(channels, attacks, plan, f.get());
-    // One step more in the attack's block when it lands early; in both when out of silence.
-    const bool silent = attack.rise > 100;
-    const int expected[kBlocks] = {0, 0, attack.quarter < 2 || silent ? -3 : -2,
-                                   silent ? -3 : -2, 0, 0};
-    for (int b = 0; b < kBlocks; ++b) {
-      EXPECT_EQ(steps(b, 0), expected[b]) << "block " << b << ", quarter " << attack.quarter;
-      EXPECT_EQ(steps(b, 1), 0) << "block " << b;
-      EXPECT_EQ(f->snr_boost[b], 0) << "block " << b;
-    }
-  }
-}
-
-// The blocks around an attack get coordinates of their own that rebuild a quarter of the
-// original's upper band; the others restore all of it.
-TEST(Frame, SpectralExtensionRebuildsAQuarterAroundAnAttack) {
-  auto f = NewFrame(1);
-  std::vector<float> input(kHistory + kFrameInput);
-  uint32_t seed = 3;
-  for (float& x : input) x = 0.3f * Noise(&seed);
-  const float* channels[1] = {input.data()};
-  BlockAttack attacks[kMaxChannels][kBlocks] = {};
-  attacks[0][2] = kExposedAttack;
-  const CodingPlan plan = PlanForRate(48, 1, false, true);
-  ASSERT_TRUE(plan.spx);
-  AnalyzeFrame(channels, attacks, plan, f.get());
-  ASSERT_TRUE(f->spxinu && f->chinspx[0]);
-  // Block 2 is short, block 3 takes the attack into its long transform.
-  const bool new_set[kBlocks] = {true, false, true, true, true, false};
-  for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->spxcoe[b], new_set[b]) << "block " << b;
-  // Energy per block of each run's target: the noise is the same level throughout.
-  auto per_block = [&](int first, int blocks) {
-    const double* target = f->spx_target[first][0];
-    return std::accumulate(target, target + f->spx.bands, 0.0) / blocks;
-  };
-  const double plain = per_block(4, 2);
-  EXPECT_NEAR(per_block(0, 2) / plain, 1.0, 0.2);
-  EXPECT_NEAR(per_block(3, 1) / plain, 0.25, 0.08);  // long, holding the attack
-  EXPECT_GT(per_block(2, 1), 0.0);                    // short
-  EXPECT_LT(per_block(2, 1) / plain, 0.5);
-}
-
-// An upper band that rises where the band copied into it does not (noise from 12 kHz up
-// entering in block 3 over steady broadband noise) takes coordinates of its own from that
-// block; broadband noise that grows by as much throughout keeps one set for the frame.
-TEST(Frame, SpectralExtensionStartsARunWhereTheUpperBandRisesAlone) {
-  const CodingPlan plan = PlanForRate(48, 1, false, true);
-  ASSERT_TRUE(plan.spx);
-  constexpr int kLength = kHistory + kFrameInput;
-  constexpr int kRise = 4 * 256;  // the first new sample of block 3
-  for (const bool upper_only : {true, false}) {
-    std::vector<float> input(kLength);
-    uint32_t seed = 5;
-    for (float& x : input) x = 0.05f * Noise(&seed);
-    // Noise whose fourth difference keeps mostly what lies above 12 kHz.
-    std::vector<float> burst(kLength + 4);
-    for (float& x : burst) x = Noise(&seed);
-    for (int n = kRise; n < kLength; ++n) {
-      const float* b = &burst[n];
-      input[n] += upper_only ? 0.05f * (b[4] - 4 * b[3] + 6 * b[2] - 4 * b[1] + b[0])
-                             : 0.2f * b[0];
-    }
-    auto f = NewFrame(1);
-    const float* channels[1] = {input.data()};
-    BlockAttack attacks[kMaxChannels][kBlocks] = {};
-    AnalyzeFrame(channels, attacks, plan, f.get());
-    ASSERT_TRUE(f->spxinu && f->chinspx[0]);
-    for (int b = 0; b < kBlocks; ++b)
-      EXPECT_EQ(f->spxcoe[b], b == 0 || (upper_only && b == 3))
-          << "block " << b << (upper_only ? ", upper band alone" : ", broadband");
-  }
 }
 
 // Zero-bit bins of a dense spectrum are filled with noise by the decoder; bins that held
