@@ -7,7 +7,9 @@
 #   run.sh [--quick] [--holdout] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR]
 #          [--jobs N] [--ours-only] [--ffmpeg-from DIR] [--lean]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
-# eac3_51_256. --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
+# eac3_51_256. Any CODEC_LAYOUT_KBPS (ac3 or eac3, 20 or 51, a rate both encoders take) is
+# graded the same way, which checks the rates between and beyond those (eac3_20_64,
+# ac3_51_640). --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
 # --holdout grades the held-out items instead (make_holdout_items.sh: music the encoder was
 # never tuned on, stereo and two 5.1 mixes); give it a work folder of its own.
 # --ours-only grades only our encoder and reuses FFmpeg's results already in the work folder
