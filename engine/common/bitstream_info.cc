@@ -144,6 +144,7 @@ void ParseAc3Bsi(BitReader& bits, FrameInfo* info) {
     if (bits.ReadFlag()) bits.Skip(14);  // timecod2
   }
   if (bits.ReadFlag()) bits.Skip((bits.Read(6) + 1) * 8);  // addbsi
+  info->audio_bits = bits.Position();
   // The start of audio block 0 carries the first dynamic range word.
   const int channels = kFullBandwidthChannels[acmod];
   bits.Skip(2 * channels);  // blksw, dithflag
@@ -218,6 +219,11 @@ void ParseEac3Bsi(BitReader& bits, FrameInfo* info) {
   }
   if (bits.ReadFlag()) ParseEac3MixingMetadata(bits, info);
   if (bits.ReadFlag()) ParseEac3InformationalMetadata(bits, info);
+  if (h.strmtyp == kIndependent && h.blocks != 6) bits.Skip(1);  // convsync
+  if (h.strmtyp == kConvertedAc3 && (h.blocks == 6 || bits.ReadFlag()))  // blkid
+    bits.Skip(6);                                                         // frmsizecod
+  if (bits.ReadFlag()) bits.Skip((bits.Read(6) + 1) * 8);  // addbsi
+  info->audio_bits = bits.Position();
 }
 
 }  // namespace

@@ -80,6 +80,9 @@ struct FrameInfo {
   int dynrng0 = -1;      // block 0's dynamic range word (AC-3 only), -1 when not sent
   int chanmape = 0;
   std::uint16_t chanmap = 0;  // dependent substreams with a custom channel map
+  // Where the audio data begins, in bits from the sync word: audio block 0 of an AC-3 frame,
+  // the audio frame element (audfrm) of an E-AC-3 one.
+  std::size_t audio_bits = 0;
 };
 
 // Reads syncinfo and BSI of a whole frame. False when the frame is shorter than its BSI or

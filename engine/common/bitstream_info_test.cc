@@ -59,6 +59,9 @@ TEST(BitstreamInfo, Ac3StereoBsiFields) {
   EXPECT_EQ(info.mixlevel, 100);
   EXPECT_EQ(info.roomtyp, 1);
   EXPECT_EQ(info.lorocmixlev, -1);  // no centre channel
+  // Audio block 0 follows the 40 bits of syncinfo and the 34 of this BSI (a compression word
+  // would add 8).
+  EXPECT_EQ(info.audio_bits, 74u + (info.compre ? 8u : 0u));
 }
 
 TEST(BitstreamInfo, Ac3LegacyMixLevelsReadAsMixLevelCodes) {
