@@ -8,15 +8,18 @@
 //       writes DIR/ref_P.wav and DIR/test_P.wav for each graded group P of channels (LR; and
 //       for 5.1 in slot order L R C LFE Ls Rs also C and S), TEST read from sample SKIP on;
 //       SKIP -1 finds the lag of channel 0 by correlation (FFmpeg's streams carry no delay).
-//   quality_probe measure REF.wav TEST.wav SKIP
+//   quality_probe measure REF.wav TEST.wav SKIP [STREAM]
 //       prints "skip N", "bandwidth HZ", "above_band DB" (and where), "lag CH N" and
 //       "fine_lag CH F" (to a fraction of a sample) per channel, and
 //       "attack SECONDS DB" per attack of the reference: the energy of the 5 ms before it
 //       against the reference's, in dB (a 5.1 file's attacks found in L/R, C and Ls/Rs apart,
-//       in that order).
+//       in that order). With the STREAM that TEST was decoded from, the energy above the band
+//       is measured above each frame's coded band as the stream states it (stream_band.h), and
+//       "coded_band HZ" gives the median of those bands.
 #include <sndfile.h>
 
 #include "metrics.h"
+#include "stream_band.h"
 
 #include <algorithm>
 #include <cmath>
@@ -331,7 +334,41 @@ void PrintAttacks(const Planes& ref, const Planes& out) {
   }
 }
 
-int Measure(const std::string& ref_path, const std::string& test_path, int skip) {
+// Per measuring frame (kFrame samples of the reference at a hop of kFrame / 2), the top of the
+// band the stream codes there in Hz: the highest of the stream frames whose output reaches
+// into it (a frame's first block overlaps the frame before). Empty when any frame is
+// unreadable.
+std::vector<double> FrameBandTops(const std::vector<int>& tops, int skip, size_t frames) {
+  constexpr int kStreamFrame = 1536, kBlock = 256;
+  constexpr double kStreamBinHz = kRate / 512.0;
+  if (std::find(tops.begin(), tops.end(), -1) != tops.end()) return {};
+  std::vector<double> hz(frames, 0.0);
+  for (size_t f = 0; f < frames; ++f) {
+    const long begin = static_cast<long>(f * (kFrame / 2)) + skip - kBlock;
+    const long end = static_cast<long>(f * (kFrame / 2)) + skip + kFrame;
+    int top = 0;
+    for (long k = std::max(0L, begin / kStreamFrame);
+         k <= (end - 1) / kStreamFrame && k < static_cast<long>(tops.size()); ++k)
+      top = std::max(top, tops[k]);
+    hz[f] = top * kStreamBinHz;
+  }
+  return hz;
+}
+
+std::vector<std::uint8_t> ReadBytes(const std::string& path) {
+  std::vector<std::uint8_t> bytes;
+  if (FILE* f = std::fopen(path.c_str(), "rb")) {
+    std::uint8_t buffer[65536];
+    size_t got;
+    while ((got = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+      bytes.insert(bytes.end(), buffer, buffer + got);
+    std::fclose(f);
+  }
+  return bytes;
+}
+
+int Measure(const std::string& ref_path, const std::string& test_path, int skip,
+            const std::string& stream_path) {
   Planes ref, test;
   if (!ReadWav(ref_path, &ref) || !ReadWav(test_path, &test)) return 1;
   if (ref.size() != test.size()) {
@@ -385,12 +422,28 @@ int Measure(const std::string& ref_path, const std::string& test_path, int skip)
 
   // Energy above the coded band: 1 kHz bands from 500 Hz above it, the decoded against the
   // reference, worst over frames; both floored at about -100 dB below full scale per band so
-  // that silence against silence counts as equal.
+  // that silence against silence counts as equal. The band is the stream's own in each frame
+  // where the stream is given, else the measured one.
+  std::vector<double> band_tops;
+  if (!stream_path.empty()) {
+    band_tops = FrameBandTops(ddpi::bench::CodedBandTops(ReadBytes(stream_path)), skip,
+                              ref_power.size());
+    if (band_tops.empty()) {
+      std::fprintf(stderr, "%s: frames this reader cannot follow\n", stream_path.c_str());
+      return 1;
+    }
+    std::vector<double> sorted = band_tops;
+    std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
+    std::printf("coded_band %.0f\n", sorted[sorted.size() / 2]);
+  }
   double worst = -100, worst_hz = 0, worst_s = 0;
-  const int first_bin = static_cast<int>((bandwidth + 500) / kBinHz);
   const int band_bins = static_cast<int>(1000 / kBinHz);
   const double floor = 1e-10 * kFrame * kFrame;
+  bool any_band_above = false;
   for (size_t f = 0; f < ref_power.size(); ++f) {
+    const double top = band_tops.empty() ? bandwidth : band_tops[f];
+    const int first_bin = static_cast<int>((top + 500) / kBinHz);
+    any_band_above |= first_bin + band_bins <= kFrame / 2;
     for (int k = first_bin; k + band_bins <= kFrame / 2; k += band_bins) {
       double er = floor, eo = floor;
       for (int j = 0; j < band_bins; ++j) er += ref_power[f][k + j], eo += out_power[f][k + j];
@@ -402,7 +455,7 @@ int Measure(const std::string& ref_path, const std::string& test_path, int skip)
       }
     }
   }
-  if (first_bin + band_bins > kFrame / 2) worst = 0;
+  if (!any_band_above) worst = 0;
   std::printf("above_band %.1f\n", worst);
   std::printf("above_band_worst_at %.0f Hz %.2f s\n", worst_hz, worst_s);
 
@@ -437,9 +490,10 @@ int main(int argc, char** argv) {
     return WriteWav(argv[3], x) ? 0 : 1;
   }
   if (verb == "split" && argc == 6) return Split(argv[2], argv[3], std::atoi(argv[4]), argv[5]);
-  if (verb == "measure" && argc == 5) return Measure(argv[2], argv[3], std::atoi(argv[4]));
+  if (verb == "measure" && (argc == 5 || argc == 6))
+    return Measure(argv[2], argv[3], std::atoi(argv[4]), argc == 6 ? argv[5] : "");
   std::fprintf(stderr,
                "usage: quality_probe synth KIND OUT.wav | split REF TEST SKIP DIR | "
-               "measure REF TEST SKIP\n");
+               "measure REF TEST SKIP [STREAM]\n");
   return 2;
 }

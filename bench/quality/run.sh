@@ -2,8 +2,9 @@
 # Quality benchmark: our encoder against FFmpeg's at the same settings, graded by PEAQ
 # (ITU-R BS.1387, GstPEAQ: basic and advanced models, ODG 0 = transparent .. -4), both decoded
 # by FFmpeg with -drc_scale 0. Also per item: coded bandwidth, worst energy above it against
-# the original (dB), pre-echo per attack (dB added in the 5 ms before it) and each 5.1
-# channel's lag after the reported delay (ours) or the found one (FFmpeg's).
+# the original (dB; above each frame's band as its stream codes it), pre-echo per attack (dB
+# added in the 5 ms before it) and each 5.1 channel's lag after the reported delay (ours) or
+# the found one (FFmpeg's).
 #   run.sh [--quick] [--holdout] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR]
 #          [--jobs N] [--ours-only] [--ffmpeg-from DIR] [--lean]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
@@ -117,7 +118,7 @@ run_one() {
   fi
   ffmpeg -nostdin -v error -y -drc_scale 0 -i "$dir/stream.$ext" -c:a pcm_f32le "$dir/decoded.wav"
   "$probe" split "$ref" "$dir/decoded.wav" "$skip" "$dir"
-  "$probe" measure "$ref" "$dir/decoded.wav" "$skip" >"$dir/measure.txt"
+  "$probe" measure "$ref" "$dir/decoded.wav" "$skip" "$dir/stream.$ext" >"$dir/measure.txt"
   local basic=0 advanced=0 pairs=0 pair b a per_pair=
   for pair in LR C S; do
     [ -f "$dir/ref_$pair.wav" ] || continue
