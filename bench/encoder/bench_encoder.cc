@@ -10,8 +10,8 @@
 //   five full-bandwidth channels.
 //
 // bench_encoder [--seconds N] [--repeat N] [--engine PATH/libddpi_engine.so] [--keep DIR]
-// Each encode runs --repeat times (default 3); the table shows the fastest run, since other
-// work on the machine only ever adds time.
+// Each encode runs --repeat times (default 3), ours and FFmpeg's in turn; the table shows the
+// fastest run, since other work on the machine only ever adds time.
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,6 +21,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "dd_test_support.h"
@@ -168,31 +169,42 @@ EncodeRun Finish(const ddtest::ProcessResult& process, const std::string& stream
   return run;
 }
 
-// Runs an encode `repeat` times (alternating with nothing else) and keeps the fastest wall
-// time and the highest peak memory; quality comes from the last stream written.
-EncodeRun FastestOf(const std::vector<std::string>& command, int repeat, const std::string& stream,
-                    const Planar& programme) {
-  double fastest = 1e30, peak = 0;
-  ddtest::ProcessResult process;
-  for (int r = 0; r < repeat; ++r) {
-    process = ddtest::RunProcess(command);
+// The fastest wall time and the highest peak memory over the runs of one encode command;
+// quality comes from the last stream written. A failed run ends the series and is reported.
+class Timing {
+ public:
+  explicit Timing(std::vector<std::string> command) : command_(std::move(command)) {}
+
+  void RunOnce() {
+    if (failed_) return;
+    last_ = ddtest::RunProcess(command_);
     double wall = 0;
     long peak_kb = 0;
     int exit_code = -1;
-    if (std::sscanf(process.stdout_bytes.c_str(), "MEASURE %d %ld %lf", &exit_code, &peak_kb,
+    if (std::sscanf(last_.stdout_bytes.c_str(), "MEASURE %d %ld %lf", &exit_code, &peak_kb,
                     &wall) < 3 || exit_code != 0) {
-      break;
+      failed_ = true;
+      return;
     }
-    fastest = std::min(fastest, wall);
-    peak = std::max(peak, peak_kb / 1024.0);
+    fastest_ = std::min(fastest_, wall);
+    peak_mb_ = std::max(peak_mb_, peak_kb / 1024.0);
   }
-  EncodeRun run = Finish(process, stream, programme);
-  if (run.ok) {
-    run.wall_seconds = fastest;
-    run.peak_mb = peak;
+
+  EncodeRun Result(const std::string& stream, const Planar& programme) const {
+    EncodeRun run = Finish(last_, stream, programme);
+    if (run.ok) {
+      run.wall_seconds = fastest_;
+      run.peak_mb = peak_mb_;
+    }
+    return run;
   }
-  return run;
-}
+
+ private:
+  std::vector<std::string> command_;
+  ddtest::ProcessResult last_;
+  double fastest_ = 1e30, peak_mb_ = 0;
+  bool failed_ = false;
+};
 
 // Runs argv[2..] and reports its exit code, peak resident set and wall time.
 int Measure(int argc, char** argv) {
@@ -305,8 +317,15 @@ int main(int argc, char** argv) {
     const std::vector<std::string> theirs_command = {
         SelfPath(), "--measure", "ffmpeg", "-nostdin", "-v", "error", "-y", "-i", input, "-c:a",
         item.codec, "-b:a", std::to_string(item.kbps) + "k", "-f", item.codec, theirs_path};
-    const EncodeRun ours = FastestOf(ours_command, repeat, ours_path, programme);
-    const EncodeRun theirs = FastestOf(theirs_command, repeat, theirs_path, programme);
+    // The two encoders' runs alternate, so that a slow spell of the machine (seconds long on
+    // this kind of virtual machine) slows both sides rather than every run of one.
+    Timing ours_timing(ours_command), theirs_timing(theirs_command);
+    for (int r = 0; r < repeat; ++r) {
+      ours_timing.RunOnce();
+      theirs_timing.RunOnce();
+    }
+    const EncodeRun ours = ours_timing.Result(ours_path, programme);
+    const EncodeRun theirs = theirs_timing.Result(theirs_path, programme);
     PrintComparison(item.title, ours, theirs);
     failures += !ours.ok + !theirs.ok;
   }
@@ -319,9 +338,10 @@ int main(int argc, char** argv) {
     return 1;
   }
   const std::string wide_path = dir + "/ours71.ec3";
-  const EncodeRun ours71 = FastestOf({SelfPath(), "--measure", SelfPath(), "--engine-child", engine,
-                                      "0", "640", wide_input, wide_path},
-                                     repeat, wide_path, wide);
+  Timing wide_timing({SelfPath(), "--measure", SelfPath(), "--engine-child", engine, "0", "640",
+                      wide_input, wide_path});
+  for (int r = 0; r < repeat; ++r) wide_timing.RunOnce();
+  const EncodeRun ours71 = wide_timing.Result(wide_path, wide);
   EncodeRun none;
   none.error = "not run: FFmpeg's E-AC-3 encoder writes at most 5.1";
   PrintComparison("E-AC-3 7.1 640 kbps (engine mode 0, configuration 21)", ours71, none);
