@@ -18,6 +18,7 @@
 //       "coded_band HZ" gives the median of those bands.
 #include <sndfile.h>
 
+#include "ffmpeg_streams.h"
 #include "metrics.h"
 #include "stream_band.h"
 
@@ -355,18 +356,6 @@ std::vector<double> FrameBandTops(const std::vector<int>& tops, int skip, size_t
   return hz;
 }
 
-std::vector<std::uint8_t> ReadBytes(const std::string& path) {
-  std::vector<std::uint8_t> bytes;
-  if (FILE* f = std::fopen(path.c_str(), "rb")) {
-    std::uint8_t buffer[65536];
-    size_t got;
-    while ((got = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-      bytes.insert(bytes.end(), buffer, buffer + got);
-    std::fclose(f);
-  }
-  return bytes;
-}
-
 int Measure(const std::string& ref_path, const std::string& test_path, int skip,
             const std::string& stream_path) {
   Planes ref, test;
@@ -426,7 +415,7 @@ int Measure(const std::string& ref_path, const std::string& test_path, int skip,
   // where the stream is given, else the measured one.
   std::vector<double> band_tops;
   if (!stream_path.empty()) {
-    band_tops = FrameBandTops(ddpi::bench::CodedBandTops(ReadBytes(stream_path)), skip,
+    band_tops = FrameBandTops(ddpi::bench::CodedBandTops(ddtest::ReadFile(stream_path)), skip,
                               ref_power.size());
     if (band_tops.empty()) {
       std::fprintf(stderr, "%s: frames this reader cannot follow\n", stream_path.c_str());

@@ -13,11 +13,11 @@ using bitstream::FrameInfo;
 
 constexpr int kUnreadable = -1;
 
-// Coupling sub-bands are 12 bins from bin 37; extension sub-bands 12 bins from bin 25.
+using ac3::SpxBeginSubband;
+using ac3::SpxEndSubband;
+
+// Coupling sub-bands are 12 bins from bin 37.
 constexpr int CouplingBin(int subband) { return 37 + 12 * subband; }
-constexpr int SpxBin(int subband) { return 25 + 12 * subband; }
-int SpxBeginSubband(int begf) { return begf < 6 ? begf + 2 : 2 * begf - 3; }
-int SpxEndSubband(int endf) { return endf < 3 ? endf + 5 : 2 * endf + 3; }
 
 // What block 0 says about the channels' bands.
 struct BlockZero {
@@ -172,7 +172,7 @@ int Eac3Top(BitReader& bits, const FrameInfo& info) {
     bits.Skip(2);  // spxstrtf
     const int begin = SpxBeginSubband(bits.ReadInt(3));
     const int end = SpxEndSubband(bits.ReadInt(3));
-    z.spx_end_bin = SpxBin(end);
+    z.spx_end_bin = ac3::SpxSubbandBin(end);
     if (!bits.ReadFlag()) return kUnreadable;  // spxbndstrce: the default structure
     const int bands = ReadBandStructure(bits, end - begin);
     for (int c = 0; c < z.nfch; ++c)  // spxcoe implied in the frame's first block

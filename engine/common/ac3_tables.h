@@ -26,6 +26,12 @@ constexpr int BandwidthCodeReaching(int end) {
   return code < 0 ? 0 : code > 60 ? 60 : code;
 }
 
+// Spectral extension (E-AC-3): sub-bands of 12 bins from bin 25, and the sub-bands that its
+// 3-bit begin and end codes (spxbegf, spxendf) name.
+constexpr int SpxSubbandBin(int subband) { return 25 + 12 * subband; }
+constexpr int SpxBeginSubband(int begf) { return begf < 6 ? begf + 2 : 2 * begf - 3; }
+constexpr int SpxEndSubband(int endf) { return endf < 3 ? endf + 5 : 2 * endf + 3; }
+
 // Number of full-bandwidth channels per acmod (Table 5.8).
 extern const uint8_t kFbwChannels[8];
 // Data rates of the frame-size codes, kbps (frmsizecod / 2).

@@ -3,17 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ac3_tables.h"
+
 namespace ddpi::enc {
 namespace {
 
 constexpr int kSubbandBins = 12;
-constexpr int kFirstBin = 25;
 
-int SubbandBin(int subband) { return kFirstBin + kSubbandBins * subband; }
-
-// Sub-bands the 3-bit begin and end codes name.
-int BeginSubband(int begf) { return begf < 6 ? begf + 2 : 2 * begf - 3; }
-int EndSubband(int endf) { return endf < 3 ? endf + 5 : 2 * endf + 3; }
+using ac3::SpxBeginSubband;
+using ac3::SpxEndSubband;
+using ac3::SpxSubbandBin;
 
 // Largest gain the syntax carries: mantissa 7/8 at exponent 0, times 32.
 constexpr float kMaxGain = 28.0f;
@@ -26,18 +25,18 @@ bool MakeSpxLayout(int strtf, int begf, int endf, int min_band_bins, SpxLayout* 
   l->strtf = strtf;
   l->begf = begf;
   l->endf = endf;
-  l->first_subband = BeginSubband(begf);
-  l->last_subband = EndSubband(endf);
-  l->copy_start = SubbandBin(strtf);
-  l->begin = SubbandBin(l->first_subband);
-  l->end = SubbandBin(l->last_subband);
+  l->first_subband = SpxBeginSubband(begf);
+  l->last_subband = SpxEndSubband(endf);
+  l->copy_start = SpxSubbandBin(strtf);
+  l->begin = SpxSubbandBin(l->first_subband);
+  l->end = SpxSubbandBin(l->last_subband);
   if (l->first_subband >= l->last_subband || l->copy_start >= l->begin) return false;
   int band_bins = 0;
   for (int s = l->first_subband; s < l->last_subband; ++s) {
     const bool merge = s > l->first_subband && band_bins < min_band_bins;
     l->bndstrc[s] = merge ? 1 : 0;
     if (!merge) {
-      l->band_edge[l->bands++] = SubbandBin(s);
+      l->band_edge[l->bands++] = SpxSubbandBin(s);
       band_bins = 0;
     }
     band_bins += kSubbandBins;
@@ -53,13 +52,13 @@ bool MakeSpxLayout(int strtf, int begf, int endf, int min_band_bins, SpxLayout* 
 int SpxBeginCode(int begin_bin) {
   int code = 0;
   for (int c = 0; c < 8; ++c)
-    if (SubbandBin(BeginSubband(c)) <= begin_bin) code = c;
+    if (SpxSubbandBin(SpxBeginSubband(c)) <= begin_bin) code = c;
   return code;
 }
 
 int SpxEndCode(int end_bin) {
   for (int c = 0; c < 8; ++c)
-    if (SubbandBin(EndSubband(c)) >= end_bin) return c;
+    if (SpxSubbandBin(SpxEndSubband(c)) >= end_bin) return c;
   return 7;
 }
 
