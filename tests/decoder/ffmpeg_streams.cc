@@ -1,13 +1,14 @@
 #include "ffmpeg_streams.h"
 
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+
+#include "temp_dir.h"
 
 namespace ddtest {
 namespace {
@@ -36,12 +37,9 @@ std::string ToneExpression(const ToneSpec& tones) {
 }  // namespace
 
 std::string ScratchPath(const std::string& name) {
-  static const std::string folder = [] {
-    char pattern[] = "/tmp/dd_decoder_test_XXXXXX";
-    const char* made = mkdtemp(pattern);
-    return std::string(made ? made : "/tmp");
-  }();
-  return folder + "/" + name;
+  // One folder per test process, removed with its files when the process exits.
+  static const TempDir folder("dd_decoder_test");
+  return folder.File(name);
 }
 
 int Run(const std::string& command) {
