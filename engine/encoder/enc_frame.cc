@@ -7,6 +7,7 @@
 #include "enc_attack_blocks.h"
 #include "enc_mdct.h"
 #include "enc_spx_choice.h"
+#include "enc_transient.h"
 
 namespace ddpi::enc {
 namespace {
@@ -304,6 +305,7 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     for (int b = 0; b < kBlocks; ++b) {
       NoteAttack(attacks[c][b], b, &ch);
       const float* x = input[c] + b * ac3::kBlockSamples;
+      ch.window_rise[b] = ch.lfe ? 0.0f : WindowRise(x);
       if (ch.blksw[b]) MdctShort(x, ch.coef[b]);
       else MdctLong(x, ch.coef[b]);
     }

@@ -46,6 +46,7 @@ struct ChannelFrame {
   bool exposed_attack[kBlocks] = {};  // an attack that nothing before it masks (MarkAttackBlocks)
   bool early_attack[kBlocks] = {};    // such an attack in the first half of the new samples
   bool silent_attack[kBlocks] = {};   // such an attack rising out of near silence
+  float window_rise[kBlocks] = {};    // WindowRise of the samples each block transforms
   ExpStrategy strategy[kBlocks] = {};
   float coef[kBlocks][256];
   uint8_t exp[kBlocks][256];

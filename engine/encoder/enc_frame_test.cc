@@ -194,6 +194,26 @@ TEST(Frame, DitherWhereTheNoiseReplacesWhatWasThere) {
   }
 }
 
+// An onset the transient detector left on long transforms: the block whose new samples rise
+// far above its old ones goes without dither, which would spread the onset's level over the
+// quiet samples ahead of it; the loud blocks after it dither as before.
+TEST(Frame, NoDitherInALongBlockThatRisesSteeply) {
+  auto f = NewFrame(1);
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(kLength);
+  uint32_t seed = 5;
+  constexpr int kOnset = 3 * 256 + 256 + 100;  // a quarter into block 3's new samples
+  for (int n = 0; n < kLength; ++n) input[n] = (n < kOnset ? 0.01f : 0.3f) * Noise(&seed);
+  const float* channels[1] = {input.data()};
+  const BlockAttack no_attacks[kMaxChannels][kBlocks] = {};
+  AnalyzeFrame(channels, no_attacks, PlanForRate(96, 1, false), f.get());
+  ASSERT_TRUE(AllocateFrame(1000, 1000, true, f.get()));
+  EXPECT_FALSE(f->ch[0].blksw[3]);
+  EXPECT_FALSE(f->dithflag[0][3]);
+  EXPECT_TRUE(f->dithflag[0][4]);
+  EXPECT_TRUE(f->dithflag[0][5]);
+}
+
 // A coupled channel's dither flag fills its zero-bit bins in the coupling range too: both
 // channels carry a steady tone below it, whose zero-bit neighbours held next to nothing, and
 // the same dense noise in it, which loses most of its bins at this budget. The noise decides.

@@ -182,4 +182,17 @@ bool TonalBlock(const float* in512) {
   return SpectralFlatness(blocks, 1, kFirstBin, kEndBin, 1e-20) < kTonalBlockFlatness;
 }
 
+float WindowRise(const float* in512) {
+  double old_energy = 0;
+  for (int i = 0; i < 256; ++i) old_energy += double{in512[i]} * in512[i];
+  double loudest = 0;
+  for (int quarter = 0; quarter < 4; ++quarter) {
+    double energy = 0;
+    for (int i = 256 + 64 * quarter; i < 320 + 64 * quarter; ++i)
+      energy += double{in512[i]} * in512[i];
+    loudest = std::max(loudest, 4 * energy);
+  }
+  return static_cast<float>(loudest / (old_energy + 1e-12));
+}
+
 }  // namespace ddpi::enc

@@ -51,6 +51,11 @@ constexpr double kTonalBlockFlatness = 0.1;
 // Whether the 512 samples a block transforms are tonal in that sense.
 bool TonalBlock(const float* in512);
 
+// How far the 512 samples a block transforms rise within them: the energy of the loudest
+// 64-sample quarter of the new 256 samples, times four, against the energy of the 256 old
+// ones. Large where an onset lands in a block the detector leaves on long transforms.
+float WindowRise(const float* in512);
+
 class TransientDetector {
  public:
   void Reset();
