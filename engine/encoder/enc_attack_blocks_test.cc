@@ -97,6 +97,29 @@ TEST(AttackBlocks, GetFinerQuantization) {
   for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], 0) << "block " << b;
 }
 
+// An onset the detector leaves on long transforms, rising steeply within its block's window,
+// takes the boost of an exposed attack: its block and the next, whose window spans it too.
+TEST(AttackBlocks, LongBlockOnsetGetsTheBoost) {
+  auto f = NewFrame(2);
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(2 * kLength);
+  uint32_t seed = 9;
+  constexpr int kOnset = 2 * 256 + 256 + 64;  // a quarter into block 2's new samples
+  for (int n = 0; n < kLength; ++n) {
+    input[n] = (n < kOnset ? 0.005f : 0.3f) * Noise(&seed);
+    input[kLength + n] = 0.1f * Noise(&seed);
+  }
+  const float* channels[2] = {&input[0], &input[kLength]};
+  const BlockAttack no_attacks[kMaxChannels][kBlocks] = {};
+  const CodingPlan plan = PlanForRate(192, 2, false);
+  ASSERT_GT(plan.attack_boost, 0);
+  AnalyzeFrame(channels, no_attacks, plan, f.get());
+  for (int b = 0; b < kBlocks; ++b) {
+    EXPECT_FALSE(f->ch[0].blksw[b]) << "block " << b;
+    EXPECT_EQ(f->snr_boost[b], b == 2 || b == 3 ? plan.attack_boost : 0) << "block " << b;
+  }
+}
+
 // E-AC-3 says the attack boost through the attack channel's masking curve: two delta steps
 // lower in the attack's block and the next, a third in the block of an attack that lands early
 // and in both blocks of one out of near silence.

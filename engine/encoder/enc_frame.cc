@@ -287,6 +287,23 @@ void FrameData::CarryDeltaAllocation() {
   if (cplinu) dba_carried[nfch] = dba[kBlocks - 1][nfch];
 }
 
+bool DropAttackBoosts(FrameData* f) {
+  bool any = false;
+  for (int b = 0; b < kBlocks; ++b) {
+    any |= f->snr_boost[b] != 0;
+    f->snr_boost[b] = 0;
+    for (int c = 0; c <= f->nfch; ++c) {
+      any |= f->dba[b][c].Any();
+      f->dba[b][c] = MaskDelta();
+    }
+  }
+  if (!any) return false;
+  for (int c = 0; c < f->AllocChannels(); ++c) ComputeChannelMasking(f, c);
+  if (f->acmod == 2) RelieveRematrixedPair(f);
+  f->NoteDeltaAllocation();
+  return true;
+}
+
 void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks],
                   const CodingPlan& plan, FrameData* f) {
   f->fgaincod = plan.fgaincod;

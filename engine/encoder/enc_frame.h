@@ -175,6 +175,11 @@ struct FrameData {
 void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks],
                   const CodingPlan& plan, FrameData* frame);
 
+// Takes back the attack boosts AnalyzeFrame gave (finer SNR offsets and masking deltas) and
+// derives the masking curves again, for a frame whose mantissas cannot fit with them. True
+// when there was a boost to take back.
+bool DropAttackBoosts(FrameData* frame);
+
 }  // namespace ddpi::enc
 
 #endif  // DDPI_ENGINE_ENCODER_ENC_FRAME_H

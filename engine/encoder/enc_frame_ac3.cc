@@ -109,14 +109,18 @@ int Ac3FrameSizeCode(int kbps) {
 bool EncodeAc3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* packer,
                     uint8_t* out) {
   const int frame_bytes = ac3::FrameWords48k(cfg.kbps) * 2;
-  BitWriter counter;
   size_t early_end = 0;
-  if (!WriteFrame(&counter, cfg, *f, nullptr, &early_end)) return false;
-  const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
-  // Blocks 0 and 1 must end within the first 5/8 of the frame, so that a decoder can start on
-  // them once crc1 has checked.
-  const int early_budget = FirstFiveEighths(frame_bytes) * 8 - static_cast<int>(early_end);
-  if (budget < 0 || early_budget < 0 || !AllocateFrame(budget, early_budget, true, f)) return false;
+  auto allocate = [&] {
+    BitWriter counter;
+    if (!WriteFrame(&counter, cfg, *f, nullptr, &early_end)) return false;
+    const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
+    // Blocks 0 and 1 must end within the first 5/8 of the frame, so that a decoder can start
+    // on them once crc1 has checked.
+    const int early_budget = FirstFiveEighths(frame_bytes) * 8 - static_cast<int>(early_end);
+    return budget >= 0 && early_budget >= 0 && AllocateFrame(budget, early_budget, true, f);
+  };
+  // At the lowest rates the boosts can leave no room: the frame then goes without.
+  if (!allocate() && !(DropAttackBoosts(f) && allocate())) return false;
 
   BitWriter bw(out, frame_bytes);
   WriteFrame(&bw, cfg, *f, packer, &early_end);

@@ -164,10 +164,14 @@ bool WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaP
 bool EncodeEac3Frame(const EncoderConfig& cfg, FrameData* f, MantissaPacker* packer,
                      uint8_t* out) {
   const int frame_bytes = ac3::FrameWords48k(cfg.kbps) * 2;
-  BitWriter counter;
-  if (!WriteFrame(&counter, cfg, *f, nullptr)) return false;
-  const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
-  if (budget < 0 || !AllocateFrame(budget, budget, false, f)) return false;
+  auto allocate = [&] {
+    BitWriter counter;
+    if (!WriteFrame(&counter, cfg, *f, nullptr)) return false;
+    const int budget = frame_bytes * 8 - static_cast<int>(counter.position()) - kTrailerBits;
+    return budget >= 0 && AllocateFrame(budget, budget, false, f);
+  };
+  // At the lowest rates the boosts' deltas can leave no room: the frame then goes without.
+  if (!allocate() && !(DropAttackBoosts(f) && allocate())) return false;
   if (f->spxinu) MatchSpxToDecodedCopies(f);
 
   BitWriter bw(out, frame_bytes);
