@@ -192,7 +192,10 @@ float WindowRise(const float* in512) {
       energy += double{in512[i]} * in512[i];
     loudest = std::max(loudest, 4 * energy);
   }
-  return static_cast<float>(loudest / (old_energy + 1e-12));
+  // Old samples quieter than the detector's silence count as that level: a rise within
+  // near-silence is no onset.
+  constexpr double kSilentEnergy = 256.0 * kSilence * kSilence;
+  return static_cast<float>(loudest / std::max(old_energy, kSilentEnergy));
 }
 
 }  // namespace ddpi::enc

@@ -53,7 +53,8 @@ bool TonalBlock(const float* in512);
 
 // How far the 512 samples a block transforms rise within them: the energy of the loudest
 // 64-sample quarter of the new 256 samples, times four, against the energy of the 256 old
-// ones. Large where an onset lands in a block the detector leaves on long transforms.
+// ones, or against the detector's silence level where they are quieter. Large where an onset
+// lands in a block the detector leaves on long transforms.
 float WindowRise(const float* in512);
 
 class TransientDetector {

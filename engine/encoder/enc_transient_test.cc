@@ -174,6 +174,25 @@ TEST(Transient, TonalBlockTellsPartialsFromClicksAndNoise) {
   EXPECT_FALSE(TonalBlock(noise));
 }
 
+// An onset in the new half of a block's samples rises far above the old half; steady noise
+// does not, nor does a rise that stays below the detector's silence.
+TEST(Transient, WindowRiseMeasuresAnOnsetAgainstTheOldSamples) {
+  uint32_t seed = 11;
+  auto noise = [&seed] {
+    seed = seed * 1664525u + 1013904223u;
+    return static_cast<float>(seed) / 4294967296.0f - 0.5f;
+  };
+  float x[512];
+  for (float& v : x) v = 0.2f * noise();
+  EXPECT_LT(WindowRise(x), 4.0f);
+  for (int n = 0; n < 512; ++n) x[n] = (n < 256 + 64 ? 0.02f : 0.4f) * noise();
+  EXPECT_GT(WindowRise(x), 100.0f);
+  for (int n = 0; n < 512; ++n) x[n] = n < 256 ? 0.0f : 0.004f * noise();
+  EXPECT_LT(WindowRise(x), 1.0f);
+  for (int n = 0; n < 512; ++n) x[n] = n < 256 ? 0.0f : 0.4f * noise();
+  EXPECT_GT(WindowRise(x), 1000.0f);
+}
+
 // Any number of channels filtered side by side (up to eight at once, more in turns) gives each
 // channel exactly what it gets alone, and carries each channel's state to the next call.
 TEST(Transient, ChannelsFilteredTogetherMatchEachAlone) {
