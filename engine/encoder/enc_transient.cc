@@ -182,16 +182,24 @@ bool TonalBlock(const float* in512) {
   return SpectralFlatness(blocks, 1, kFirstBin, kEndBin, 1e-20) < kTonalBlockFlatness;
 }
 
+namespace {
+
+// Energy of n samples (n a multiple of 4), in double: four running sums, so that the additions
+// need not wait on one another.
+double Energy(const float* x, int n) {
+  double sum[4] = {};
+  for (int i = 0; i < n; i += 4)
+    for (int k = 0; k < 4; ++k) sum[k] += double{x[i + k]} * x[i + k];
+  return (sum[0] + sum[1]) + (sum[2] + sum[3]);
+}
+
+}  // namespace
+
 float WindowRise(const float* in512) {
-  double old_energy = 0;
-  for (int i = 0; i < 256; ++i) old_energy += double{in512[i]} * in512[i];
+  const double old_energy = Energy(in512, 256);
   double loudest = 0;
-  for (int quarter = 0; quarter < 4; ++quarter) {
-    double energy = 0;
-    for (int i = 256 + 64 * quarter; i < 320 + 64 * quarter; ++i)
-      energy += double{in512[i]} * in512[i];
-    loudest = std::max(loudest, 4 * energy);
-  }
+  for (int quarter = 0; quarter < 4; ++quarter)
+    loudest = std::max(loudest, 4 * Energy(in512 + 256 + 64 * quarter, 64));
   // Old samples quieter than the detector's silence count as that level: a rise within
   // near-silence is no onset.
   constexpr double kSilentEnergy = 256.0 * kSilence * kSilence;
