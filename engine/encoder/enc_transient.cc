@@ -134,9 +134,11 @@ void TransientDetector::HighPassChannels(TransientDetector* const* detectors,
 
 bool TransientDetector::Detect(const float* block) {
   float filtered[256];
-  TransientDetector* self = this;
-  float* out = filtered;
-  HighPassChannels(&self, &block, &out, 1, 256);
+  // As wide as the widest interleaving: the compiler sees every width's code reading them.
+  TransientDetector* self[kMaxInterleaved] = {this};
+  const float* in[kMaxInterleaved] = {block};
+  float* out[kMaxInterleaved] = {filtered};
+  HighPassChannels(self, in, out, 1, 256);
   return DetectFiltered(filtered, block);
 }
 
