@@ -16,9 +16,6 @@ constexpr int kUnreadable = -1;
 using ac3::SpxBeginSubband;
 using ac3::SpxEndSubband;
 
-// Coupling sub-bands are 12 bins from bin 37.
-constexpr int CouplingBin(int subband) { return 37 + 12 * subband; }
-
 // What block 0 says about the channels' bands.
 struct BlockZero {
   int nfch = 0;
@@ -35,7 +32,7 @@ struct BlockZero {
     int top = 0;
     for (int c = 0; c < nfch; ++c) {
       if (spxinu && chinspx[c]) top = std::max(top, spx_end_bin);
-      else if (cplinu && chincpl[c]) top = std::max(top, CouplingBin(cplendf + 3));
+      else if (cplinu && chincpl[c]) top = std::max(top, ac3::CouplingSubbandBin(cplendf + 3));
       else top = std::max(top, ac3::ChannelEndMant(chbwcod[c]));
     }
     return top;

@@ -26,6 +26,10 @@ constexpr int BandwidthCodeReaching(int end) {
   return code < 0 ? 0 : code > 60 ? 60 : code;
 }
 
+// Coupling: sub-bands of 12 bins from bin 37; the range of begin code cplbegf starts at
+// sub-band cplbegf, that of end code cplendf ends at sub-band cplendf + 3.
+constexpr int CouplingSubbandBin(int subband) { return 37 + 12 * subband; }
+
 // Spectral extension (E-AC-3): sub-bands of 12 bins from bin 25, and the sub-bands that its
 // 3-bit begin and end codes (spxbegf, spxendf) name.
 constexpr int SpxSubbandBin(int subband) { return 25 + 12 * subband; }

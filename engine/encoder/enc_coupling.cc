@@ -18,7 +18,7 @@ bool MakeCouplingLayout(int begf, int endf, CouplingLayout* l) {
   if (begf < 0 || begf > 15 || endf < 0 || endf > 15 || begf >= endf + 3) return false;
   l->begf = begf;
   l->endf = endf;
-  l->start = 37 + 12 * begf;
+  l->start = ac3::CouplingSubbandBin(begf);
   l->end = CouplingEndMant(endf);
   l->subbands = endf + 3 - begf;
   l->bands = 0;
@@ -26,7 +26,7 @@ bool MakeCouplingLayout(int begf, int endf, CouplingLayout* l) {
     const int s = begf + k;
     // Above bin 133 (sub-band 8) pairs of sub-bands share a band.
     l->bndstrc[k] = k > 0 && s >= 8 && (s - 8) % 2 == 1;
-    if (!l->bndstrc[k]) l->band_edge[l->bands++] = 37 + 12 * s;
+    if (!l->bndstrc[k]) l->band_edge[l->bands++] = ac3::CouplingSubbandBin(s);
   }
   l->band_edge[l->bands] = l->end;
   return true;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "ac3_tables.h"
 #include "enc_exponents.h"
 
 namespace ddpi::enc {
@@ -29,7 +30,7 @@ struct CouplingLayout {
 };
 
 // cplendmant: the bin where a coupling range ending with code endf stops.
-constexpr int CouplingEndMant(int endf) { return 37 + 12 * (endf + 3); }
+constexpr int CouplingEndMant(int endf) { return ac3::CouplingSubbandBin(endf + 3); }
 // The narrowest coupling end code whose range still reaches bin `end`; not limited to the
 // syntax's range (below 0 when `end` lies under the lowest possible end).
 constexpr int CouplingEndCodeReaching(int end) { return (end - 37 + 11) / 12 - 3; }
