@@ -23,21 +23,6 @@ std::vector<std::vector<float>> Noise(std::size_t channels) {
   return ChannelNoise(channels, kSamples, 11, 0.08f);
 }
 
-ByteVector EncodeStream(CodecMode mode, const ParameterMap& params,
-                        const std::vector<std::vector<float>>& planes) {
-  Encoder encoder;
-  int error = 0;
-  ByteVector stream, out;
-  EXPECT_TRUE(encoder.InitializeEncode(mode, params, error)) << error;
-  std::vector<const float*> pointers;
-  for (const auto& p : planes) pointers.push_back(p.data());
-  EXPECT_TRUE(encoder.Encode(pointers.data(), planes.size(), kSamples, out, error)) << error;
-  stream.insert(stream.end(), out.begin(), out.end());
-  EXPECT_TRUE(encoder.FinishEncode(out, error)) << error;
-  stream.insert(stream.end(), out.begin(), out.end());
-  return stream;
-}
-
 void DecodeStream(const ByteVector& stream, InMemoryDecode* out) {
   DecodeInMemory(stream, kSamples + 8192, out);
 }
@@ -81,7 +66,7 @@ TEST(ExtendedRoundTrip, SevenAndEightChannelsComeBackInPlaceAsFfmpegDecodesThem)
     const ChannelLayout layout = GetAudioChannelLayout(t.configuration, t.lfe);
     ASSERT_EQ(layout.size(), t.ffmpeg_order.size());
     const auto input = Noise(layout.size());
-    const ByteVector stream = EncodeStream(kCodecMode_DolbyDigitalPlus, params, input);
+    const ByteVector stream = EncodeInMemory(kCodecMode_DolbyDigitalPlus, params, input, kSamples);
     ASSERT_FALSE(stream.empty());
 
     InMemoryDecode ours;
@@ -143,7 +128,7 @@ TEST(ExtendedRoundTrip, SevenOneAskedOfDolbyDigitalFallsBackToFiveOne) {
   params[kParameterID_ChannelConfiguration] = 21;
   params[kParameterID_DataRate] = 640;
   const auto input = Noise(8);
-  const ByteVector stream = EncodeStream(kCodecMode_DolbyDigital, params, input);
+  const ByteVector stream = EncodeInMemory(kCodecMode_DolbyDigital, params, input, kSamples);
   ASSERT_FALSE(stream.empty());
   const ddtest::DecodeResult theirs =
       ddtest::DecodeBytes(std::vector<std::uint8_t>(stream.begin(), stream.end()), "ac3");

@@ -7,6 +7,8 @@
 
 #include <boost/make_shared.hpp>
 
+#include "dolbydigital/encoder.h"
+
 namespace dolbydigital {
 
 std::vector<std::vector<float>> ChannelNoise(std::size_t channels, std::size_t samples,
@@ -19,6 +21,26 @@ std::vector<std::vector<float>> ChannelNoise(std::size_t channels, std::size_t s
     for (float& s : plane) s = state = 0.7f * state + normal(random);
   }
   return planes;
+}
+
+ByteVector EncodeInMemory(CodecMode mode, const ParameterMap& params,
+                          const std::vector<std::vector<float>>& planes, std::size_t chunk) {
+  Encoder encoder;
+  int error = 0;
+  ByteVector stream, out;
+  EXPECT_TRUE(encoder.InitializeEncode(mode, params, error)) << error;
+  const std::size_t samples = planes.empty() ? 0 : planes[0].size();
+  for (std::size_t at = 0; at < samples; at += chunk) {
+    std::vector<const float*> pointers;
+    for (const auto& p : planes) pointers.push_back(p.data() + at);
+    EXPECT_TRUE(encoder.Encode(pointers.data(), planes.size(), std::min(chunk, samples - at), out,
+                               error))
+        << error;
+    stream.insert(stream.end(), out.begin(), out.end());
+  }
+  EXPECT_TRUE(encoder.FinishEncode(out, error)) << error;
+  stream.insert(stream.end(), out.begin(), out.end());
+  return stream;
 }
 
 void DecodeInMemory(const ByteVector& stream, std::size_t maxFrames, InMemoryDecode* out) {

@@ -2,8 +2,9 @@
 // lag, and the decoder reports the metadata that was encoded.
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 
+#include "dd_test_support.h"
 #include "dolbydigital/decoder.h"
 #include "dolbydigital/encoder.h"
 #include "dolbydigital/parameters.h"
@@ -18,44 +19,8 @@ std::vector<std::vector<float>> Noise(std::size_t channels) {
   return ChannelNoise(channels, kSamples, 7, 0.1f);
 }
 
-ByteVector EncodeStream(CodecMode mode, const ParameterMap& params,
-                        const std::vector<std::vector<float>>& planes) {
-  Encoder encoder;
-  int error = 0;
-  ByteVector stream, out;
-  EXPECT_TRUE(encoder.InitializeEncode(mode, params, error)) << error;
-  std::vector<const float*> pointers;
-  for (const auto& p : planes) pointers.push_back(p.data());
-  for (std::size_t at = 0; at < kSamples; at += 4000) {
-    std::vector<const float*> block;
-    for (const float* p : pointers) block.push_back(p + at);
-    EXPECT_TRUE(encoder.Encode(block.data(), planes.size(), std::min<std::size_t>(4000, kSamples - at), out, error));
-    stream.insert(stream.end(), out.begin(), out.end());
-  }
-  EXPECT_TRUE(encoder.FinishEncode(out, error));
-  stream.insert(stream.end(), out.begin(), out.end());
-  return stream;
-}
-
 void DecodeStream(const ByteVector& stream, InMemoryDecode* out) {
   DecodeInMemory(stream, kSamples + 4096, out);
-}
-
-// The lag (in samples) at which `decoded` best matches `input`, and the match.
-std::pair<int, double> BestLag(const std::vector<float>& input, const std::vector<float>& decoded) {
-  std::pair<int, double> best{0, -1};
-  for (int lag = -1600; lag <= 1600; ++lag) {
-    double dot = 0, energy = 0, other = 0;
-    for (std::size_t i = 4000; i < 40000; i += 2) {
-      const float d = decoded[i + lag];
-      dot += input[i] * d;
-      energy += input[i] * input[i];
-      other += d * d;
-    }
-    const double match = dot / std::sqrt(energy * other + 1e-30);
-    if (match > best.second) best = {lag, match};
-  }
-  return best;
 }
 
 struct RoundTrip {
@@ -82,7 +47,7 @@ TEST(RoundTrip, OurStreamsComeBackAlignedWithTheirMetadata) {
     params[kParameterID_DynamicRangeControlRFMode] = 0;
     const ChannelLayout layout = GetAudioChannelLayout(t.configuration, t.lfe);
     const auto input = Noise(layout.size());
-    const ByteVector stream = EncodeStream(t.mode, params, input);
+    const ByteVector stream = EncodeInMemory(t.mode, params, input, 4000);
     ASSERT_FALSE(stream.empty());
 
     InMemoryDecode decoded;
@@ -94,9 +59,8 @@ TEST(RoundTrip, OurStreamsComeBackAlignedWithTheirMetadata) {
       if (layout[c].label == tidemark::kAudioChannelLabel_LFEScreen) continue;  // band-limited
       const auto at = std::find(got.begin(), got.end(), layout[c]) - got.begin();
       ASSERT_LT(static_cast<std::size_t>(at), got.size());
-      const auto [lag, match] = BestLag(input[c], decoded.planes[at]);
-      EXPECT_EQ(lag, 0) << "channel " << c;
-      EXPECT_GT(match, 0.9) << "channel " << c;
+      EXPECT_EQ(ddtest::BestLag(input[c], decoded.planes[at], 1600), 0) << "channel " << c;
+      EXPECT_GT(ddtest::NormalizedCorrelation(input[c], decoded.planes[at]), 0.9) << "channel " << c;
     }
     ParameterMap reported;
     ASSERT_TRUE(decoded.decoder.GetParameters(reported));
