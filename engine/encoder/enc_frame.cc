@@ -319,10 +319,12 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     ch.lfe = f->lfe && c == f->nfch;
     ch.start = 0;
     ch.chbwcod = plan.chbwcod;
+    static_assert(kBlocks <= kMaxWindowRiseBlocks, "one call takes a frame's blocks");
+    if (ch.lfe) std::fill(ch.window_rise, ch.window_rise + kBlocks, 0.0f);
+    else WindowRises(input[c], kBlocks, ch.window_rise);
     for (int b = 0; b < kBlocks; ++b) {
       NoteAttack(attacks[c][b], b, &ch);
       const float* x = input[c] + b * ac3::kBlockSamples;
-      ch.window_rise[b] = ch.lfe ? 0.0f : WindowRise(x);
       if (ch.blksw[b]) MdctShort(x, ch.coef[b]);
       else MdctLong(x, ch.coef[b]);
     }

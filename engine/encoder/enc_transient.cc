@@ -186,26 +186,39 @@ bool TonalBlock(const float* in512) {
 
 namespace {
 
-// Energy of n samples (n a multiple of 4), in double: four running sums, so that the additions
+// Energy of the 64 samples of one quarter, in double: four running sums, so that the additions
 // need not wait on one another.
-double Energy(const float* x, int n) {
+double QuarterEnergy(const float* x) {
   double sum[4] = {};
-  for (int i = 0; i < n; i += 4)
+  for (int i = 0; i < 64; i += 4)
     for (int k = 0; k < 4; ++k) sum[k] += double{x[i + k]} * x[i + k];
   return (sum[0] + sum[1]) + (sum[2] + sum[3]);
 }
 
 }  // namespace
 
-float WindowRise(const float* in512) {
-  const double old_energy = Energy(in512, 256);
-  double loudest = 0;
-  for (int quarter = 0; quarter < 4; ++quarter)
-    loudest = std::max(loudest, 4 * Energy(in512 + 256 + 64 * quarter, 64));
+void WindowRises(const float* samples, int blocks, float* rises) {
+  // A block's old half is the previous block's new half: each quarter's energy is taken once.
+  constexpr int kMaxQuarters = 4 * (kMaxWindowRiseBlocks + 1);
+  double quarter[kMaxQuarters];
+  for (int q = 0; q < 4 * (blocks + 1); ++q) quarter[q] = QuarterEnergy(samples + 64 * q);
   // Old samples quieter than the detector's silence count as that level: a rise within
   // near-silence is no onset.
   constexpr double kSilentEnergy = 256.0 * kSilence * kSilence;
-  return static_cast<float>(loudest / std::max(old_energy, kSilentEnergy));
+  for (int b = 0; b < blocks; ++b) {
+    const double* old_half = quarter + 4 * b;
+    const double* new_half = old_half + 4;
+    const double old_energy = (old_half[0] + old_half[1]) + (old_half[2] + old_half[3]);
+    double loudest = 0;
+    for (int q = 0; q < 4; ++q) loudest = std::max(loudest, 4 * new_half[q]);
+    rises[b] = static_cast<float>(loudest / std::max(old_energy, kSilentEnergy));
+  }
+}
+
+float WindowRise(const float* in512) {
+  float rise;
+  WindowRises(in512, 1, &rise);
+  return rise;
 }
 
 }  // namespace ddpi::enc

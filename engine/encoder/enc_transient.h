@@ -56,6 +56,10 @@ bool TonalBlock(const float* in512);
 // ones, or against the detector's silence level where they are quieter. Large where an onset
 // lands in a block the detector leaves on long transforms.
 float WindowRise(const float* in512);
+// WindowRise of `blocks` (at most kMaxWindowRiseBlocks) consecutive blocks at once: samples
+// holds 256 * (blocks + 1) samples, block b transforming samples[256 b .. 256 b + 512).
+constexpr int kMaxWindowRiseBlocks = 6;
+void WindowRises(const float* samples, int blocks, float* rises);
 
 class TransientDetector {
  public:
