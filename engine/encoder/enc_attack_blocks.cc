@@ -30,21 +30,22 @@ constexpr float kSilentAttackRise = 100;
 constexpr float kLongOnsetRise = 64;
 
 bool LongOnset(const ChannelFrame& ch, int block) {
-  return !ch.blksw[block] && ch.window_rise[block] > kLongOnsetRise;
+  return !ch.attack[block] && ch.window_rise[block] > kLongOnsetRise;
 }
 
 }  // namespace
 
-void NoteAttack(const BlockAttack& attack, int block, ChannelFrame* ch) {
-  ch->blksw[block] = !ch->lfe && attack.present;
-  ch->exposed_attack[block] = ch->blksw[block] && attack.rise >= kExposedAttackRise;
+void NoteAttack(const BlockAttack& attack, int block, bool block_switching, ChannelFrame* ch) {
+  ch->attack[block] = !ch->lfe && attack.present;
+  ch->blksw[block] = ch->attack[block] && block_switching;
+  ch->exposed_attack[block] = ch->attack[block] && attack.rise >= kExposedAttackRise;
   ch->early_attack[block] = ch->exposed_attack[block] && attack.quarter < kEarlyAttackQuarters;
   ch->silent_attack[block] = ch->exposed_attack[block] && attack.rise >= kSilentAttackRise;
 }
 
-// An attack lands in the new half of a block that switches to short transforms; the next
-// block's long transform spans it too and spreads its quantization noise over the samples
-// before it. Where the attack is exposed (see kExposedAttackRise), both blocks get the
+// An attack lands in the new half of a block, which switches to short transforms where the
+// plan switches blocks; the next block's long transform spans it too and spreads its
+// quantization noise over the samples before it. Where the attack is exposed (see kExposedAttackRise), both blocks get the
 // plan's attack boost, paid for by the frame's other blocks: more SNR index for every channel
 // (AC-3's coarse offset is shared), or the masking curves of the channels that hold the
 // attack lower by as many delta steps. The block of an exposed attack that lands early in it
@@ -66,10 +67,10 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
     bool any_exposed = false, any_silent = false;
     for (int c = 0; c < f->nfch; ++c) {
       const ChannelFrame& ch = f->ch[c];
-      const bool short_before = b > 0 ? ch.blksw[b - 1] : f->last_block_short[c];
+      const bool attack_before = b > 0 ? ch.attack[b - 1] : f->last_block_attack[c];
       const bool exposed_before = b > 0 ? ch.exposed_attack[b - 1] : f->last_block_exposed[c];
       const bool silent_before = b > 0 ? ch.silent_attack[b - 1] : f->last_block_silent[c];
-      f->channel_around_attack[c][b] = ch.blksw[b] || short_before;
+      f->channel_around_attack[c][b] = ch.attack[b] || attack_before;
       f->around_attack[b] |= f->channel_around_attack[c][b];
       exposed_in_block[c] = ch.exposed_attack[b] || exposed_before || LongOnset(ch, b);
       silent_in_block[c] = ch.silent_attack[b] || silent_before;
@@ -89,7 +90,7 @@ void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
               -boost_of(f->ch[c].early_attack[b], silent_in_block[c]) / kBoostPerDeltaStep);
   }
   for (int c = 0; c < f->nfch; ++c) {
-    f->last_block_short[c] = f->ch[c].blksw[kBlocks - 1];
+    f->last_block_attack[c] = f->ch[c].attack[kBlocks - 1];
     f->last_block_exposed[c] = f->ch[c].exposed_attack[kBlocks - 1];
     f->last_block_silent[c] = f->ch[c].silent_attack[kBlocks - 1];
   }

@@ -1,7 +1,8 @@
-// The blocks around attacks. Transient detection's findings mark a channel's blocks: short
-// transforms where an attack is present, and whether it is exposed (nothing before it masks
-// it), early in its block, or rising out of near silence. The blocks whose transforms span an
-// exposed attack are then quantized more finely than the rest of the frame.
+// The blocks around attacks. Transient detection's findings mark a channel's blocks: where an
+// attack is present (short transforms there, where the plan switches blocks), and whether it
+// is exposed (nothing before it masks it), early in its block, or rising out of near silence.
+// The blocks whose transforms span an exposed attack are then quantized more finely than the
+// rest of the frame.
 #ifndef DDPI_ENGINE_ENCODER_ENC_ATTACK_BLOCKS_H
 #define DDPI_ENGINE_ENCODER_ENC_ATTACK_BLOCKS_H
 
@@ -10,9 +11,9 @@
 
 namespace ddpi::enc {
 
-// Block `block` of a channel as transient detection found it (never short in the LFE). Set
-// ch->lfe first.
-void NoteAttack(const BlockAttack& attack, int block, ChannelFrame* ch);
+// Block `block` of a channel as transient detection found it (no attack in the LFE), short
+// where it holds an attack and the plan switches blocks. Set ch->lfe first.
+void NoteAttack(const BlockAttack& attack, int block, bool block_switching, ChannelFrame* ch);
 
 // Marks the blocks around attacks (FrameData::around_attack, channel_around_attack) and gives
 // those around exposed ones the plan's boosts: snr_boost where the boost is an SNR offset

@@ -36,7 +36,7 @@ TEST(AttackBlocks, GetFinerQuantization) {
   auto allocate = [&](int boost, int bits[kBlocks]) {
     plan.attack_boost = boost;
     f->snr_index = 0;
-    std::fill(f->last_block_short, f->last_block_short + kMaxCplChannels, false);
+    std::fill(f->last_block_attack, f->last_block_attack + kMaxCplChannels, false);
     AnalyzeFrame(channels, attacks, plan, f.get());
     ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
     int total = 0;
@@ -140,7 +140,7 @@ TEST(AttackBlocks, Eac3LowersTheirChannelsMaskingCurve) {
   for (const BlockAttack attack : {kExposedAttack, kEarlyExposedAttack, kSilentAttack}) {
     BlockAttack attacks[kMaxChannels][kBlocks] = {};
     attacks[0][2] = attack;
-    std::fill(f->last_block_short, f->last_block_short + kMaxCplChannels, false);
+    std::fill(f->last_block_attack, f->last_block_attack + kMaxCplChannels, false);
     std::fill(f->last_block_exposed, f->last_block_exposed + kMaxCplChannels, false);
     std::fill(f->last_block_silent, f->last_block_silent + kMaxCplChannels, false);
     AnalyzeFrame(channels, attacks, plan, f.get());
@@ -152,6 +152,46 @@ TEST(AttackBlocks, Eac3LowersTheirChannelsMaskingCurve) {
       EXPECT_EQ(steps(b, 0), expected[b]) << "block " << b << ", quarter " << attack.quarter;
       EXPECT_EQ(steps(b, 1), 0) << "block " << b;
       EXPECT_EQ(f->snr_boost[b], 0) << "block " << b;
+    }
+  }
+}
+
+// A mix of more than two channels keeps its long transforms at an attack (see PlanForRate) and
+// marks and boosts the blocks that span it all the same: through the blocks' SNR offsets in
+// AC-3, through the attack channel's masking curve in E-AC-3.
+TEST(AttackBlocks, MultichannelAttacksKeepLongTransforms) {
+  EXPECT_TRUE(PlanForRate(192, 2, false).block_switching);
+  auto f = NewFrame(7);
+  constexpr int kLength = kHistory + kFrameInput;
+  std::vector<float> input(5 * kLength);
+  uint32_t seed = 13;
+  for (float& x : input) x = 0.3f * Noise(&seed);
+  const float* channels[5];
+  for (int c = 0; c < 5; ++c) channels[c] = &input[c * kLength];
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
+  attacks[3][2] = kEarlyExposedAttack;
+  for (const bool eac3 : {false, true}) {
+    SCOPED_TRACE(eac3 ? "E-AC-3" : "AC-3");
+    const CodingPlan plan = PlanForRate(eac3 ? 256 : 448, 7, false, eac3);
+    ASSERT_FALSE(plan.block_switching);
+    const int boost = plan.attack_boost, early = plan.early_attack_boost;
+    ASSERT_GT(boost, 0);
+    ASSERT_GT(early, 0);
+    std::fill(f->last_block_attack, f->last_block_attack + kMaxCplChannels, false);
+    std::fill(f->last_block_exposed, f->last_block_exposed + kMaxCplChannels, false);
+    AnalyzeFrame(channels, attacks, plan, f.get());
+    for (int b = 0; b < kBlocks; ++b) {
+      for (int c = 0; c < 5; ++c) EXPECT_FALSE(f->ch[c].blksw[b]) << "channel " << c;
+      const bool spans = b == 2 || b == 3;
+      EXPECT_EQ(f->channel_around_attack[3][b], spans) << "block " << b;
+      EXPECT_EQ(f->channel_around_attack[0][b], false) << "block " << b;
+      const int expected = b == 2 ? boost + early : spans ? boost : 0;
+      if (eac3) {
+        EXPECT_EQ(f->dba[b][3].step[0], -expected / 32) << "block " << b;
+        EXPECT_FALSE(f->dba[b][0].Any()) << "block " << b;
+      } else {
+        EXPECT_EQ(f->snr_boost[b], expected) << "block " << b;
+      }
     }
   }
 }

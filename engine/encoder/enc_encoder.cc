@@ -39,7 +39,7 @@ void Encoder::Configure(const EncoderConfig& config) {
   frame_.lfe = config.lfe;
   frame_.channels = nfch + (config.lfe ? 1 : 0);
   frame_.snr_index = 0;
-  std::fill(frame_.last_block_short, frame_.last_block_short + kMaxCplChannels, false);
+  std::fill(frame_.last_block_attack, frame_.last_block_attack + kMaxCplChannels, false);
   std::fill(frame_.last_block_exposed, frame_.last_block_exposed + kMaxCplChannels, false);
   std::fill(frame_.last_block_silent, frame_.last_block_silent + kMaxCplChannels, false);
   for (SpxTonalityTracker& t : frame_.spx_tonality) t.Reset();

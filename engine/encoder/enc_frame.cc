@@ -323,7 +323,7 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     if (ch.lfe) std::fill(ch.window_rise, ch.window_rise + kBlocks, 0.0f);
     else WindowRises(input[c], kBlocks, ch.window_rise);
     for (int b = 0; b < kBlocks; ++b) {
-      NoteAttack(attacks[c][b], b, &ch);
+      NoteAttack(attacks[c][b], b, plan.block_switching, &ch);
       const float* x = input[c] + b * ac3::kBlockSamples;
       if (ch.blksw[b]) MdctShort(x, ch.coef[b]);
       else MdctLong(x, ch.coef[b]);

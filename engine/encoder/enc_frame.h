@@ -43,6 +43,7 @@ struct ChannelFrame {
   int chbwcod = 0;   // bandwidth code (full-bandwidth channels)
   bool lfe = false;
   bool blksw[kBlocks] = {};
+  bool attack[kBlocks] = {};          // the transient detector found one in the new samples
   bool exposed_attack[kBlocks] = {};  // an attack that nothing before it masks (MarkAttackBlocks)
   bool early_attack[kBlocks] = {};    // such an attack in the first half of the new samples
   bool silent_attack[kBlocks] = {};   // such an attack rising out of near silence
@@ -99,9 +100,9 @@ struct FrameData {
   // Extra SNR index of each block over the frame's (whole coarse steps of 3 dB): blocks
   // around an attack get finer quantization where the stream can say so.
   int snr_boost[kBlocks] = {};
-  // Each channel's block 5 of the previous frame: short, holding an exposed attack, and one
+  // Each channel's block 5 of the previous frame: holding an attack, an exposed one, and one
   // out of near silence.
-  bool last_block_short[kMaxCplChannels] = {};
+  bool last_block_attack[kMaxCplChannels] = {};
   bool last_block_exposed[kMaxCplChannels] = {};
   bool last_block_silent[kMaxCplChannels] = {};
   // Delta bit allocation of each block: the full-bandwidth channels', then the coupling

@@ -95,29 +95,21 @@ constexpr int kAttackBoost = 48;
 // 5.7 / 11.5 -> 5.5 / 10.6 (FFmpeg 3.9 / 11.1 and 5.5 / 11.2), for 0.01 of mean PEAQ (5.1:
 // 0.02-0.03); three steps reached 10.4 / 9.7 dB but cost 0.03-0.04.
 constexpr int kAttackBoostByDelta = 64;
-// Programmes of more than two full-bandwidth channels boost less: one coarse step in AC-3
-// (kMultichannelAttackBoost, 3 dB), half of E-AC-3's (one delta step), and half of the early
-// boost below. An AC-3 block's boost raises every channel's offset, and in either codec a 5.1
-// mix holds more attacks per frame, so the same boost takes more from the rest of the frame.
-// Measured against twice these over the 102 attacks of the four 5.1 mixes, with PEAQ ours
-// minus FFmpeg, basic / advanced:
-//   AC-3 448k:   +0.18 / +0.36 -> +0.20 / +0.38; pre-echo median / 90th percentile 3.2 / 8.0
-//                -> 3.8 / 8.6 dB (FFmpeg 7.2 / 13.7).
-//   AC-3 384k:   +0.24 / +0.30 -> +0.26 / +0.32; 3.9 / 9.2 -> 4.4 / 10.2 dB (FFmpeg 8.8 / 14.3).
-//   E-AC-3 192k: +0.67 / +0.54 -> +0.66 / +0.54; 5.7 / 12.4 -> 7.1 / 14.7 dB (FFmpeg 10.3 / 17.1).
-//   E-AC-3 256k: +0.49 / +0.25 -> +0.51 / +0.29; 4.8 / 9.7 -> 5.7 / 11.3 dB (FFmpeg 10.3 / 16.2).
-// No boost at all graded 0.01-0.03 higher still but brought E-AC-3 192k's 90th percentile
-// level with FFmpeg's (17.1 dB). In AC-3 alone, none against one step: the four mixes +0.008 /
-// +0.009 at 448k and +0.015 / +0.013 at 384k, pre-echo median 2.9 -> 3.8 dB at 384k, but the
-// held-out 5.1 mixes -0.006 / +0.001 and -0.007 / -0.005; so the step stays.
-constexpr int kMultichannelAttackBoost = 16;
-constexpr int kMultichannelBoostDivisor = 2;
+// Programmes of more than two full-bandwidth channels keep long transforms at their attacks
+// (see PlanForRate), and their attack blocks take E-AC-3's whole boost but only two coarse
+// steps in AC-3 (kMultichannelAttackBoost, 6 dB), whose boost raises every channel's offset
+// in the block. Three steps brought AC-3 5.1 384k's worst attack to +3.2 dB over FFmpeg's
+// (from +4.0) but cost 0.05 of PEAQ basic at both rates. Half the boosts, as these mixes took
+// while they switched to short transforms, left E-AC-3's worst attacks at +7.3 dB (192k) and
+// +5.2 (256k). Boosting AC-3 by delta bit allocation as E-AC-3 does met every pre-echo target
+// at 384k (worst +1.9 dB) but cost 0.01-0.03 of PEAQ, the frames with attacks then going
+// without coupling.
+constexpr int kMultichannelAttackBoost = 32;
 // An exposed attack that lands in the first half of its block's new samples leaves error in
 // the last millisecond or two before it: a castanet at AC-3 2.0 192k, 1 ms before its onset,
 // -26 dB against FFmpeg's -39 (in band, not the part of the click above our band). Its block
 // alone takes 6 dB more (two coarse offset steps, in E-AC-3 one more delta step); the block
-// after it keeps the plain boost. Like the plain boost, it halves for more than two channels,
-// which in E-AC-3's 6 dB steps is none. Pre-echo over the 102 attacks, median / 90th
+// after it keeps the plain boost. Pre-echo over the 102 attacks, median / 90th
 // percentile / worst against FFmpeg's: AC-3 2.0 192k 2.8 / 6.4 / +5.0 -> 2.7 / 5.9 / +3.8 dB,
 // 128k 5.0 / 9.8 / +6.4 -> 4.5 / 9.6 / +6.0, 5.1 448k 2.8 / 7.6 / +2.6 -> 2.8 / 7.3 / +2.6,
 // 384k 3.6 / 9.5 / +1.9 -> 3.0 / 8.9 / +1.1; E-AC-3 2.0 96k 5.2 / 10.3 / +7.8 -> 4.7 / 10.3 /
@@ -126,8 +118,8 @@ constexpr int kMultichannelBoostDivisor = 2;
 // music within 0.01. One step instead (AC-3): 192k 2.9 / 6.1 / +4.0, 128k 4.9 / 9.7 / +6.0;
 // three lowered the medians up to 0.3 dB more but cost up to 0.02 of PEAQ; counting the third
 // quarter as early too: 192k worst +3.3 but 128k +6.3. Attacks in the second half took 3 dB
-// more without lowering the worst (+5.2 at 192k, +7.6 at 128k). In E-AC-3 5.1 the extra step
-// lowered the medians 0.3-0.8 dB but put 256k's worst attack at +3.4.
+// more without lowering the worst (+5.2 at 192k, +7.6 at 128k). 5.1 mixes, on long
+// transforms, take it too (see kMultichannelAttackBoost).
 constexpr int kEarlyAttackBoost = 32;
 // An exposed attack that rises out of near silence (castanets, a glockenspiel's first strike) has
 // nothing before it to mask the noise its blocks spread ahead of it. In programmes of up to two
@@ -137,17 +129,16 @@ constexpr int kEarlyAttackBoost = 32;
 // E-AC-3 2.0 96k 4.8 / 9.6 / +5.0 -> 4.6 / 9.2 / +5.3 (applause, whose claps move with the
 // decoder's dither), 128k 4.4 / 8.9 / +4.4 -> 4.2 / 8.2 / +3.6. PEAQ, ours minus FFmpeg, within
 // 0.004, the held-out music within 0.002. Attacks rising 30 times instead cost up to 0.016 (E-AC-3
-// 128k advanced); 300 times hardly occurs. Five-channel mixes take none: AC-3 5.1, whose attacks
-// already meet FFmpeg's, lost 0.01 basic at both rates with half the boost; E-AC-3 5.1 lost 0.012
-// basic at 256k with the whole step, and at 192k its 90th percentile fell (12.1 -> 11.1 dB) but its
+// 128k advanced); 300 times hardly occurs. Five-channel mixes take none: with short transforms,
+// AC-3 5.1 lost 0.01 basic at both rates with half the boost; E-AC-3 5.1 lost 0.012 basic at
+// 256k with the whole step, and at 192k its 90th percentile fell (12.1 -> 11.1 dB) but its
 // worst attack rose (+5.0 -> +5.5).
 constexpr int kSilentAttackBoost = 32;
 // AC-3 blocks say their boost as a coarse offset (FrameData::BlockCoarseOffset): whole steps of
 // 16 SNR index units. Anything else would be written as a different allocation from the one
 // the frame was fitted with.
 static_assert(kAttackBoost % 16 == 0 && kMultichannelAttackBoost % 16 == 0 &&
-                  kEarlyAttackBoost % (16 * kMultichannelBoostDivisor) == 0 &&
-                  kSilentAttackBoost % 16 == 0,
+                  kEarlyAttackBoost % 16 == 0 && kSilentAttackBoost % 16 == 0,
               "attack boosts must stay whole coarse offset steps");
 
 // Stereo from kStereoCouplingBottom to kStereoCouplingTop kbps per channel (the range
@@ -340,9 +331,27 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   plan.early_attack_boost = kEarlyAttackBoost;
   plan.silent_attack_boost = kSilentAttackBoost;
   if (nfch > 2) {
-    plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta / kMultichannelBoostDivisor
-                                            : kMultichannelAttackBoost;
-    plan.early_attack_boost /= kMultichannelBoostDivisor;
+    // Long transforms at attacks, their pre-echo held by the boosts alone. A short block's two
+    // transforms meet at its centre, where the second one's basis functions vanish
+    // (enc_mdct.h): whatever the signal holds there needs that transform's coefficients up to
+    // 24 kHz, and the decoder, without those above the coded band, puts a burst across all of
+    // them. Every 5.1 mix of the quality benchmark had one 40-42 dB over the original; without
+    // short transforms none has any. Over the mixes' 102 attacks, PEAQ ours minus FFmpeg,
+    // basic / advanced, then pre-echo median / 90th percentile / worst against FFmpeg's:
+    //   AC-3 448k:   +0.219 / +0.414 -> +0.206 / +0.426; 2.8 / 7.0 / +2.6 -> 2.8 / 6.4 / +2.0 dB
+    //   AC-3 384k:   +0.297 / +0.401 -> +0.279 / +0.398; 2.9 / 8.6 / +1.4 -> 3.7 / 8.0 / +4.0
+    //   E-AC-3 192k: +0.669 / +0.576 -> +0.666 / +0.635; 6.0 / 12.1 / +4.6 -> 5.2 / 13.6 / +4.8
+    //   E-AC-3 256k: +0.501 / +0.283 -> +0.506 / +0.308; 4.6 / 10.2 / +2.3 -> 4.5 / 9.5 / +2.4
+    // (FFmpeg's medians and 90th percentiles 7.2 / 13.7, 8.8 / 14.3, 10.3 / 17.1, 10.3 / 16.2.)
+    // Only one attack needs the short transforms: a clap in the surrounds of the film mix, at
+    // 384k 3 dB under FFmpeg's with them and 4 dB over without. The held-out 5.1 mixes grade
+    // within 0.006 of before; two more mixes made like the benchmark's within 0.01, and their
+    // 15-17 dB over the original above the band are gone. Stereo keeps short transforms:
+    // without them, at 128k, plucks
+    // smear (the harpsichord 0.6 / 0.9 advanced under FFmpeg's at AC-3 / E-AC-3) and castanets
+    // reach 10-13 dB over FFmpeg's ahead of their attacks.
+    plan.block_switching = false;
+    plan.attack_boost = plan.boost_by_delta ? kAttackBoostByDelta : kMultichannelAttackBoost;
     plan.silent_attack_boost = 0;
   }
   // The extension first: at the low rates it takes the place of coupling.

@@ -91,7 +91,7 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
           plan.spx_energy * (f->channel_around_attack[c][first] ? kSpxAttackEnergy : 1.0);
       for (int band = 0; band < f->spx.bands; ++band) target[band] *= share;
       bool transient = false;
-      for (int b = first; b < last; ++b) transient |= f->ch[c].blksw[b];
+      for (int b = first; b < last; ++b) transient |= f->ch[c].attack[b];
       f->spx_coords[first][c].blend =
           static_cast<uint8_t>(transient ? kSpxTransientBlend : plan.spx_blend);
     }
