@@ -271,6 +271,17 @@ void RelieveRematrixedPair(FrameData* f) {
   f->NoteDeltaAllocation();
 }
 
+// Channels whose attack a block boosts by delta bit allocation leave coupling for the frame, so
+// that the boost reaches all of their band; the frame stays coupled while two channels remain.
+void LeaveBoostedChannelsUncoupled(FrameData* f) {
+  int coupled = 0;
+  for (int c = 0; c < f->nfch; ++c) {
+    for (int b = 0; b < kBlocks; ++b) f->chincpl[c] = f->chincpl[c] && !f->dba[b][c].Any();
+    coupled += f->chincpl[c];
+  }
+  f->cplinu = coupled >= 2;
+}
+
 }  // namespace
 
 void FrameData::NoteDeltaAllocation() {
@@ -359,6 +370,7 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     f->cplinu = !(plan.attack_frames_uncoupled && AnyBlockAroundAttack(*f)) &&
                 !CoupledBandSilent(*f) &&
                 ChooseCoupledChannels(*f, plan.cpl_min_coherence, f->chincpl);
+    if (f->cplinu && plan.attack_channels_uncoupled) LeaveBoostedChannelsUncoupled(f);
     for (int c = 0; c < f->nfch; ++c) {
       ChannelFrame& ch = f->ch[c];
       if (!(f->cplinu && f->chincpl[c])) {

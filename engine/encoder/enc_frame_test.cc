@@ -299,11 +299,11 @@ TEST(Frame, ChannelsLeavingCouplingKeepTheirOwnBand) {
   }
 }
 
-// A frame with an attack goes without coupling where the coupled band would carry the
-// attack's noise ahead of it: E-AC-3, whose boost by delta bit allocation misses the coupling
-// channel, and stereo, where the shared mantissas take one channel's attack to the other.
-// Multichannel AC-3, boosting every channel through its offsets, keeps it.
-TEST(Frame, AttackFramesGoWithoutCouplingExceptInMultichannelAc3) {
+// An attack leaves coupling, whose band would carry its noise ahead of it: in stereo the whole
+// frame, as the shared mantissas would take one channel's attack to the other (and E-AC-3's
+// boost by delta bit allocation misses the coupling channel); in a 5.1 mix, boosted by delta
+// in either codec, only the attack's channel, the others staying coupled.
+TEST(Frame, AttacksLeaveCoupling) {
   constexpr int kLength = kHistory + kFrameInput;
   std::vector<float> noise(kLength);
   uint32_t seed = 9;
@@ -324,10 +324,14 @@ TEST(Frame, AttackFramesGoWithoutCouplingExceptInMultichannelAc3) {
         BlockAttack attacks[kMaxChannels][kBlocks] = {};
         attacks[1][3] = attack ? kExposedAttack : BlockAttack();
         AnalyzeFrame(channels, attacks, plan, f.get());
-        const bool keeps = acmod != 2 && !extension;
-        EXPECT_EQ(f->cplinu, !attack || keeps)
-            << "acmod " << acmod << (extension ? " E-AC-3" : " AC-3")
-            << (attack ? ", attack" : ", steady");
+        SCOPED_TRACE(testing::Message() << "acmod " << acmod << (extension ? " E-AC-3" : " AC-3")
+                                        << (attack ? ", attack" : ", steady"));
+        if (acmod == 2) {
+          EXPECT_EQ(f->cplinu, !attack);
+          continue;
+        }
+        ASSERT_TRUE(f->cplinu);
+        for (int c = 0; c < nfch; ++c) EXPECT_EQ(f->chincpl[c], !(attack && c == 1)) << c;
       }
     }
   }

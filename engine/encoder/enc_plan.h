@@ -26,8 +26,10 @@ struct CodingPlan {
   // A frame whose channels correlate less than this with their sum in the coupling range is
   // coded without coupling (see CouplingCoherence); -1 couples every frame.
   float cpl_min_coherence = -1;
-  // A frame with an attack goes without coupling (see AnyBlockAroundAttack).
+  // A frame with an attack goes without coupling (see AnyBlockAroundAttack), or only the
+  // channels whose attack the frame boosts by delta bit allocation leave it.
   bool attack_frames_uncoupled = false;
+  bool attack_channels_uncoupled = false;
   // Spectral extension: its range and bands, the noise blend of every channel and how many
   // blocks share one set of coordinates.
   bool spx = false;

@@ -167,7 +167,7 @@ TEST(Attacks, MultichannelAttacksAddNothingAboveTheBand) {
     const char* format;
   };
   for (const Setting& s : {Setting{DDPI_ENC_MODE_DD, 448, -25.5, "ac3"},
-                           Setting{DDPI_ENC_MODE_DDPLUS, 256, -14.0, "ec3"}}) {
+                           Setting{DDPI_ENC_MODE_DDPLUS, 256, -13.0, "ec3"}}) {
     SCOPED_TRACE(std::string(s.format) + " at " + std::to_string(s.kbps));
     ddenc_test::EncodeRequest request;
     request.mode = s.mode;
