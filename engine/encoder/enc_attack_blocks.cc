@@ -43,17 +43,16 @@ void NoteAttack(const BlockAttack& attack, int block, bool block_switching, Chan
   ch->silent_attack[block] = ch->exposed_attack[block] && attack.rise >= kSilentAttackRise;
 }
 
-// An attack lands in the new half of a block, which switches to short transforms where the
-// plan switches blocks; the next block's long transform spans it too and spreads its
-// quantization noise over the samples before it. Where the attack is exposed (see kExposedAttackRise), both blocks get the
-// plan's attack boost, paid for by the frame's other blocks: more SNR index for every channel
-// (AC-3's coarse offset is shared), or the masking curves of the channels that hold the
-// attack lower by as many delta steps. The block of an exposed attack that lands early in it
-// takes the plan's early boost on top, and both blocks of one that rises out of near silence
-// the plan's silence boost. Deltas go to the full-bandwidth channels only: FFmpeg's decoder
-// counts the coupling channel's segments from the coupling range's first band, and segments
-// counted from band 0 fail there, so until the counting is settled the coupling channel's
-// curve is left alone.
+// An attack lands in the new half of a block, which switches to short transforms where the plan
+// switches blocks; the next block's long transform spans it too and spreads its quantization noise
+// over the samples before it. Where the attack is exposed (see kExposedAttackRise), both blocks get
+// the plan's attack boost, paid for by the frame's other blocks: more SNR index for every channel
+// (AC-3's coarse offset is shared), or the masking curves of the channels that hold the attack
+// lower by as many delta steps. The block of an exposed attack that lands early in it takes the
+// plan's early boost on top, and both blocks of one that rises out of near silence the plan's
+// silence boost. Deltas go to the full-bandwidth channels only: FFmpeg's decoder counts the
+// coupling channel's segments from the coupling range's first band, and segments counted from band
+// 0 fail there, so until the counting is settled the coupling channel's curve is left alone.
 void MarkAttackBlocks(const CodingPlan& plan, FrameData* f) {
   const bool boost = plan.attack_boost > 0;
   auto boost_of = [&plan](bool early, bool silent) {

@@ -17,7 +17,7 @@ void NoteAttack(const BlockAttack& attack, int block, bool block_switching, Chan
 
 // Marks the blocks around attacks (FrameData::around_attack, channel_around_attack) and gives
 // those around exposed ones the plan's boosts: snr_boost where the boost is an SNR offset
-// (AC-3), delta bit allocation where it goes by delta (E-AC-3).
+// (stereo AC-3), delta bit allocation where the plan boosts by delta (E-AC-3, 5.1 mixes).
 void MarkAttackBlocks(const CodingPlan& plan, FrameData* f);
 
 }  // namespace ddpi::enc

@@ -45,12 +45,13 @@ struct CodingPlan {
   // Bandwidth code of a channel the extension leaves out because its upper band has clearly
   // held stable partials lately (see ChooseExtendedChannels).
   int tonal_chbwcod = 60;
-  // Blocks with an attack switch to short transforms (see kMultichannelLongTransforms);
-  // without switching they keep long ones and are marked, and boosted, all the same.
+  // Blocks with an attack switch to short transforms; without switching (mixes of more than
+  // two channels, see PlanForRate) they keep long ones and are marked and boosted the same.
   bool block_switching = true;
   // SNR index added to the blocks around an attack, through the SNR offsets (whole coarse
-  // steps of 16, 3 dB), or for E-AC-3, whose offsets stay the same across the frame, through
-  // delta bit allocation (multiples of 32, 6 dB).
+  // steps of 16, 3 dB), or with boost_by_delta (E-AC-3, whose offsets stay the same across the
+  // frame, and mixes of more than two channels) through delta bit allocation on the attack's
+  // channel (multiples of 32, 6 dB).
   int attack_boost = 0;
   bool boost_by_delta = false;
   // SNR index added on top to the block of an exposed attack that lands in the first half of

@@ -10,7 +10,7 @@ namespace {
 
 // Spectral extension around attacks and on tonal upper bands (see ExtendFrame and
 // ChooseExtendedChannels).
-// Runs holding short blocks take no noise: the decoder spreads its noise over the whole block,
+// Runs holding an attack take no noise: the decoder spreads its noise over the whole block,
 // which puts it ahead of the attack (pre-echo median over 102 attacks 12 -> 9 dB).
 constexpr int kSpxTransientBlend = 31;
 // Share of the original's energy rebuilt in the blocks around an attack. Pre-echo over the 92
