@@ -88,7 +88,9 @@ constexpr double kCouplingBeginShare = 0.7;
 // PEAQ -0.002 / -0.003; 128k worst +4.7 (applause), PEAQ -0.009 / -0.018. Two steps against
 // none, at 128k: 5.5 / 12.5 -> 5.1 / 10.3 dB for 0.003 of PEAQ. E-AC-3 streams keep one set
 // of offsets per frame (FFmpeg's decoder reads E-AC-3 SNR offsets in block 0 only) and lower
-// those blocks' masking curves by delta bit allocation instead.
+// those blocks' masking curves by delta bit allocation instead. Stereo AC-3 boosted by delta on
+// the attack's channel alone, as 5.1 mixes are (two steps, with or without the early step):
+// PEAQ up to 0.015 lower and 128k's worst attack +3.6 -> +5.3 dB over FFmpeg's.
 constexpr int kAttackBoost = 48;
 // E-AC-3 lowers them two delta steps (12 dB). Pre-echo over the 102 attacks of the stereo
 // items, median / 90th percentile, one step -> two: 96k 6.7 / 12.9 -> 6.6 / 10.8 dB, 128k
