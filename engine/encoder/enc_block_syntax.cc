@@ -2,8 +2,9 @@
 
 namespace ddpi::enc {
 
-void WriteBlockOpening(BitWriter* bw, const FrameData& f, int block) {
-  for (int c = 0; c < f.nfch; ++c) bw->Put(f.ch[c].blksw[block], 1);
+void WriteBlockOpening(BitWriter* bw, const FrameData& f, int block, bool switch_flags) {
+  if (switch_flags)
+    for (int c = 0; c < f.nfch; ++c) bw->Put(f.ch[c].blksw[block], 1);
   for (int c = 0; c < f.nfch; ++c) bw->Put(f.dithflag[c][block], 1);
   for (int prog = 0; prog < (f.acmod == 0 ? 2 : 1); ++prog) {
     const bool dynrnge = f.DynrngChanges(block);

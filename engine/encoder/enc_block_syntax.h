@@ -9,9 +9,9 @@
 
 namespace ddpi::enc {
 
-// How every block opens in both syntaxes: each channel's blksw and dithflag, then dynrnge and
-// dynrng (twice in a 1+1 programme).
-void WriteBlockOpening(BitWriter* bw, const FrameData& frame, int block);
+// How every block opens in both syntaxes: each channel's blksw (unless the frame says it sends
+// none, as E-AC-3 can) and dithflag, then dynrnge and dynrng (twice in a 1+1 programme).
+void WriteBlockOpening(BitWriter* bw, const FrameData& frame, int block, bool switch_flags);
 // The channel's exponents in the block, where it sends new ones: absexp, the groups and
 // (full-bandwidth channels) gainrng.
 void WriteExponents(BitWriter* bw, const ChannelFrame& ch, int block);

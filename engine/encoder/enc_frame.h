@@ -123,6 +123,14 @@ struct FrameData {
   // Whether any channel of this frame has a fast gain code other than the default, 4, which
   // needs no codes (a dependent substream carries no LFE).
   bool SendsFastGainCodes() const { return fgaincod != 4 || (lfe && lfe_fgaincod != 4); }
+  // Whether any channel switches any block to short transforms (E-AC-3 leaves the block
+  // switch flags out of frames that do not: blkswe).
+  bool AnyShortBlock() const {
+    for (int c = 0; c < nfch; ++c)
+      for (int b = 0; b < kBlocks; ++b)
+        if (ch[c].blksw[b]) return true;
+    return false;
+  }
 
   // The delta of coded channel c (the coupling channel at index `channels`) in block b, or
   // nullptr for the LFE.

@@ -32,7 +32,7 @@ void WriteCouplingStrategy(BitWriter* bw, const FrameData& f, int blk) {
 bool WriteBlock(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, int blk,
                 MaskDelta* dba_state, MantissaPacker* packer) {
   const int nfch = f.nfch;
-  WriteBlockOpening(bw, f, blk);
+  WriteBlockOpening(bw, f, blk, true);
   WriteCouplingStrategy(bw, f, blk);
   if (f.cplinu) WriteCouplingCoords(bw, f, blk, true);
   if (f.acmod == 2) {

@@ -15,14 +15,14 @@ namespace {
 constexpr int kTrailerBits = 18;  // auxdatae, crcrsv, crc2
 
 // audfrm(): frame-level strategy flags. Every block carries its own exponent strategies,
-// block switch flags and dither flags; bit allocation parameters are the defaults; one SNR
+// dither flags and, in frames with a short block, block switch flags; bit allocation parameters are the defaults; one SNR
 // offset pair serves the whole frame.
 void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
   bw->Put(1, 1);  // expstre
   bw->Put(0, 1);  // ahte
   bw->Put(0, 2);  // snroffststr: frame SNR offsets
   bw->Put(0, 1);  // transproce
-  bw->Put(1, 1);  // blkswe
+  bw->Put(f.AnyShortBlock(), 1);  // blkswe
   bw->Put(1, 1);  // dithflage
   bw->Put(!f.ba.IsDefault(), 1);  // bamode: else the default bit allocation parameters
   bw->Put(f.SendsFastGainCodes(), 1);  // frmfgaincode: blocks may send fast gain codes, else all 4
@@ -94,7 +94,7 @@ void WriteSpxCoords(BitWriter* bw, const FrameData& f, int blk) {
 bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, MantissaPacker* packer,
                 bool dependent) {
   const int nfch = f.nfch;
-  WriteBlockOpening(bw, f, blk);
+  WriteBlockOpening(bw, f, blk, f.AnyShortBlock());
   if (blk == 0) {
     bw->Put(f.spxinu, 1);  // spxinu (spxstre implied in block 0)
     if (f.spxinu) WriteSpxStrategy(bw, f);
