@@ -15,14 +15,15 @@ namespace {
 constexpr int kTrailerBits = 18;  // auxdatae, crcrsv, crc2
 
 // audfrm(): frame-level strategy flags. Every block carries its own exponent strategies,
-// dither flags and, in frames with a short block, block switch flags; bit allocation parameters are the defaults; one SNR
-// offset pair serves the whole frame.
-void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent) {
+// dither flags and, in frames with a short block, block switch flags (blkswe); bit allocation
+// parameters are sent where they differ from the defaults; one SNR offset pair serves the whole
+// frame.
+void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent, bool blkswe) {
   bw->Put(1, 1);  // expstre
   bw->Put(0, 1);  // ahte
   bw->Put(0, 2);  // snroffststr: frame SNR offsets
   bw->Put(0, 1);  // transproce
-  bw->Put(f.AnyShortBlock(), 1);  // blkswe
+  bw->Put(blkswe, 1);
   bw->Put(1, 1);  // dithflage
   bw->Put(!f.ba.IsDefault(), 1);  // bamode: else the default bit allocation parameters
   bw->Put(f.SendsFastGainCodes(), 1);  // frmfgaincode: blocks may send fast gain codes, else all 4
@@ -92,9 +93,9 @@ void WriteSpxCoords(BitWriter* bw, const FrameData& f, int blk) {
 
 // False when the block's delta bit allocation cannot be written.
 bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, MantissaPacker* packer,
-                bool dependent) {
+                bool dependent, bool blkswe) {
   const int nfch = f.nfch;
-  WriteBlockOpening(bw, f, blk, f.AnyShortBlock());
+  WriteBlockOpening(bw, f, blk, blkswe);
   if (blk == 0) {
     bw->Put(f.spxinu, 1);  // spxinu (spxstre implied in block 0)
     if (f.spxinu) WriteSpxStrategy(bw, f);
@@ -151,11 +152,14 @@ bool WriteBlock(BitWriter* bw, FrameData& f, int blk, MaskDelta* dba_state, Mant
 bool WriteFrame(BitWriter* bw, const EncoderConfig& cfg, FrameData& f, MantissaPacker* packer) {
   bw->Put(0x0B77, 16);
   WriteEac3Bsi(bw, cfg, ac3::FrameWords48k(cfg.kbps), f.drc);
-  WriteAudioFrame(bw, f, cfg.substream.dependent);
+  // Block switch flags only in frames that switch a block (blkswe), decided once for the
+  // frame header and every block.
+  const bool blkswe = f.AnyShortBlock();
+  WriteAudioFrame(bw, f, cfg.substream.dependent, blkswe);
   MaskDelta dba_state[kMaxCplChannels + 1];
   std::copy(f.dba_carried, f.dba_carried + kMaxCplChannels + 1, dba_state);
   for (int blk = 0; blk < kBlocks; ++blk)
-    if (!WriteBlock(bw, f, blk, dba_state, packer, cfg.substream.dependent)) return false;
+    if (!WriteBlock(bw, f, blk, dba_state, packer, cfg.substream.dependent, blkswe)) return false;
   return true;
 }
 

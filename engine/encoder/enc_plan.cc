@@ -367,6 +367,7 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
     // AC-3 / E-AC-3) and castanets reach 10-13 dB over FFmpeg's ahead of their attacks.
     plan.block_switching = false;
     plan.boost_by_delta = true;
+    plan.attack_channels_uncoupled = true;
     plan.attack_boost = extension ? kAttackBoostByDelta : kMultichannelAttackBoost;
     plan.early_attack_boost = 0;
     plan.silent_attack_boost = 0;
@@ -374,8 +375,7 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   ChooseCoupling(per_channel, acmod, end, &plan);
-  if (nfch > 2) plan.attack_channels_uncoupled = true;
-  else plan.attack_frames_uncoupled |= plan.boost_by_delta;
+  if (!plan.attack_channels_uncoupled) plan.attack_frames_uncoupled |= plan.boost_by_delta;
   plan.cplendf_alone = plan.cplendf;
   if (plan.spx && plan.coupling) {
     // The coupling range then ends where the extension begins.
