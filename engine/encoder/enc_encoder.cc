@@ -42,7 +42,7 @@ void Encoder::Configure(const EncoderConfig& config) {
   std::fill(frame_.last_block_attack, frame_.last_block_attack + kMaxCplChannels, false);
   std::fill(frame_.last_block_exposed, frame_.last_block_exposed + kMaxCplChannels, false);
   std::fill(frame_.last_block_silent, frame_.last_block_silent + kMaxCplChannels, false);
-  for (SpxTonalityTracker& t : frame_.spx_tonality) t.Reset();
+  for (TonalityTracker& t : frame_.upper_band_tonality) t.Reset();
   for (ContentEdgeTracker& t : frame_.content_edge) t.Reset();
 }
 

@@ -18,6 +18,7 @@
 #include "enc_plan.h"
 #include "enc_rematrix.h"
 #include "enc_spx.h"
+#include "enc_tonality.h"
 
 namespace ddpi::enc {
 
@@ -79,9 +80,9 @@ struct FrameData {
   SpxLayout spx;
   bool spxcoe[kBlocks] = {};                         // new coordinates in this block
   SpxCoords spx_coords[kBlocks][kMaxCplChannels];    // the coordinates in effect per block
-  // Whether each channel's extended range has held stable partials lately (see
-  // ChooseExtendedChannels); carried from frame to frame.
-  SpxTonalityTracker spx_tonality[kMaxCplChannels];
+  // Whether each channel's upper band has held stable partials lately (see
+  // ChooseExtendedChannels, EndClearlyTonalChannels); carried from frame to frame.
+  TonalityTracker upper_band_tonality[kMaxCplChannels];
   // Where each full-bandwidth channel's spectrum ends (see EndBandsWithContent), carried from
   // frame to frame; and this frame's held ends.
   ContentEdgeTracker content_edge[kMaxCplChannels];

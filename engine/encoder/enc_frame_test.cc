@@ -274,6 +274,48 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   }
 }
 
+// At AC-3 2.0 128k the coupling range reaches 17 kHz, past the rate's own 15.75 kHz. A held
+// harmonic tone (a pitch pipe: 880 Hz, partials falling as 1 / h up to 19 kHz) on both channels
+// couples up to 17 kHz at first; once its upper band has read as clearly peaked for a few
+// frames, the frame ends with the rate's band. Noise keeps the whole range.
+TEST(Frame, ClearlyTonalChannelsEndAtTheRatesBand) {
+  const CodingPlan plan = PlanForRate(128, 2, false);
+  ASSERT_TRUE(plan.coupling);
+  const int rate_end = ac3::ChannelEndMant(plan.chbwcod);
+  const int coupling_end = CouplingEndMant(plan.cplendf);
+  ASSERT_LT(rate_end, coupling_end);
+  constexpr int kFrames = 30;
+  constexpr int kLength = kHistory + kFrames * kFrameInput;
+  for (bool tone : {true, false}) {
+    SCOPED_TRACE(tone ? "tone" : "noise");
+    std::vector<float> signal(kLength);
+    uint32_t seed = 9;
+    for (int n = 0; n < kLength; ++n) {
+      double v = 0;
+      for (int h = 1; tone && h * 880 < 19000; ++h)
+        v += std::sin(2 * M_PI * 880 * h * n / 48000.0) / h;
+      signal[n] = tone ? static_cast<float>(0.1 * v) : 0.3f * Noise(&seed);
+    }
+    auto f = NewFrame(2);
+    BlockAttack attacks[kMaxChannels][kBlocks] = {};
+    for (int frame = 0; frame < kFrames; ++frame) {
+      const float* channels[2] = {&signal[frame * kFrameInput], &signal[frame * kFrameInput]};
+      AnalyzeFrame(channels, attacks, plan, f.get());
+      ASSERT_TRUE(f->cplinu) << "frame " << frame;
+      if (frame == 0) {
+        EXPECT_EQ(f->cpl.end, coupling_end);
+      }
+    }
+    // The coupling range ends on a sub-band's edge: the first at or past the rate's band.
+    if (tone) {
+      EXPECT_GE(f->cpl.end, rate_end);
+      EXPECT_LT(f->cpl.end, rate_end + 12);
+    } else {
+      EXPECT_EQ(f->cpl.end, coupling_end);
+    }
+  }
+}
+
 // A channel that leaves coupling codes up to its own band, also where that band reaches past
 // the coupling range (a plan may end coupling below the rate's bandwidth).
 TEST(Frame, ChannelsLeavingCouplingKeepTheirOwnBand) {

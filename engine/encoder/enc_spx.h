@@ -74,34 +74,6 @@ void SpxGainsFromEnergies(const double* original, const double* copied, int band
 // Both of the above on the original coefficients.
 void SpxGains(const float* const* coef, int blocks, const SpxLayout& layout, float* gain);
 
-// How peaked the extended range is over a run of blocks: the power per bin summed over the
-// blocks, then the geometric over the arithmetic mean within each run of 16 bins, averaged as
-// logarithms over the range. Summing the blocks evens out how a stable partial's coefficient
-// swings from block to block, and judging 16 bins at a time leaves the spectrum's overall
-// slope out. A few stable partials per 16 bins measure about 0.05 to 0.3, noise 0.6 to 0.85.
-double SpxLocalFlatness(const float* const* coef, int blocks, const SpxLayout& layout);
-
-// Follows, frame by frame, whether a channel's extended range holds stable partials, from
-// its SpxLocalFlatness smoothed over about ten frames, with a margin between the levels that
-// turn the decision each way: the extension switched on and off from frame to frame modulates
-// the upper band, which is heard (and graded) as worse than either.
-class SpxTonalityTracker {
- public:
-  void Reset() { *this = SpxTonalityTracker(); }
-  // Takes one frame's SpxLocalFlatness; returns whether the channel now counts as tonal.
-  bool Update(double local_flatness);
-  bool tonal() const { return tonal_; }
-  // Tonal, and peaked well beyond the level that turned it so: few stable partials with
-  // little between them (a reed, a pitch pipe, struck bars), not a dense or distorted tone.
-  // It too takes a margin to turn back.
-  bool clearly_tonal() const { return clearly_tonal_; }
-
- private:
-  double smoothed_ = 1.0;
-  bool tonal_ = false;
-  bool clearly_tonal_ = false;
-};
-
 }  // namespace ddpi::enc
 
 #endif  // DDPI_ENGINE_ENCODER_ENC_SPX_H

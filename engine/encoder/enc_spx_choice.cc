@@ -112,7 +112,7 @@ double ExtendedRangeFlatness(const FrameData& f, int c) {
 // twentieth of its energy, -2.71 without it). Two tests say so: a frame whose band holds a few
 // partials and little else (ExtendedRangeFlatness under kSpxTonalFlatness), and, where the
 // extension does not yield to coupling, a channel whose band has been peaked over the last
-// frames (SpxTonalityTracker). PEAQ, ours minus FFmpeg, basic / advanced, with the tracker:
+// frames (TonalityTracker). PEAQ, ours minus FFmpeg, basic / advanced, with the tracker:
 // E-AC-3 2.0 96k +0.87 / +1.27 -> +0.94 / +1.32 (pitch pipe -3.58 -> -2.80, harpsichord
 // advanced -2.68 -> -2.34), 5.1 192k +0.42 / +0.50 -> +0.60 / +0.54 (tonal mix -3.28 ->
 // -2.73), 256k +0.37 / +0.22 -> +0.42 / +0.27; no item lower by more than 0.05. The tracker
@@ -143,7 +143,7 @@ void ChooseExtendedChannels(const CodingPlan& plan, FrameData* f) {
     for (int c = 0; c < f->nfch; ++c) {
       const float* coefs[kBlocks];
       for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
-      f->spx_tonality[c].Update(SpxLocalFlatness(coefs, kBlocks, f->spx));
+      f->upper_band_tonality[c].Update(LocalFlatness(coefs, kBlocks, f->spx.begin, f->spx.end));
     }
   }
   bool any = false;
@@ -153,7 +153,7 @@ void ChooseExtendedChannels(const CodingPlan& plan, FrameData* f) {
       any = true;
       continue;
     }
-    const bool tonal = (!yield_to_coupling && f->spx_tonality[c].tonal()) ||
+    const bool tonal = (!yield_to_coupling && f->upper_band_tonality[c].tonal()) ||
                        ExtendedRangeFlatness(*f, c) < kSpxTonalFlatness;
     if (f->cplinu && tonal) {
       std::fill(f->chinspx, f->chinspx + kMaxCplChannels, false);
@@ -162,7 +162,7 @@ void ChooseExtendedChannels(const CodingPlan& plan, FrameData* f) {
     }
     f->chinspx[c] = !tonal;
     any |= f->chinspx[c];
-    if (!yield_to_coupling && f->spx_tonality[c].clearly_tonal())
+    if (!yield_to_coupling && f->upper_band_tonality[c].clearly_tonal())
       f->ch[c].chbwcod = std::min(f->ch[c].chbwcod, plan.tonal_chbwcod);
   }
   f->spxinu = any;
