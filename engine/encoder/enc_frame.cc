@@ -344,6 +344,7 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
   f->fgaincod = plan.fgaincod;
   f->lfe_fgaincod = plan.lfe_fgaincod;
   f->ba.dbpbcod = plan.dbpbcod;
+  f->ba.fdcycod = plan.fdcycod;
   f->cplfit = plan.cplfit;
   f->cplinu = plan.coupling && f->acmod >= 2 &&
               MakeCouplingLayout(plan.cplbegf, plan.cplendf, &f->cpl);

@@ -17,6 +17,7 @@ struct CodingPlan {
   int fgaincod = 4;          // fast gain code of the full-bandwidth and coupling channels
   int lfe_fgaincod = 4;      // fast gain code of the LFE, see PlanForRate
   int dbpbcod = 2;           // dB per bit code of the masking model
+  int fdcycod = 1;           // fast decay code of the masking model, see PlanForRate
   int frame_bits = 0;        // size of a frame
   bool coupling = false;     // couple the full-bandwidth channels (acmod 2..7)
   int cplbegf = 0;           // coupling range, see CouplingLayout
