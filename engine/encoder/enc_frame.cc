@@ -211,11 +211,13 @@ int UpdateContentEnds(FrameData* f) {
 // -0.22 -> -0.18 basic below FFmpeg's, glockenspiel +0.04); no other setting moved. Ending at
 // 0.8 of the rate's band, as clearly tonal channels do with the extension, took the pitch pipe
 // to 0.05 above FFmpeg's but cost the glockenspiel 1.2, whose struck bars have partials there.
-// The band measured is the upper half of the coded one. Returns the programme's new end.
-int EndClearlyTonalChannels(const CodingPlan& plan, FrameData* f) {
+// The band measured is the upper half of the coded one. Returns the programme's end, which
+// is `programme_end` wherever the coded band ends with the rate's (no tracker runs there).
+int EndClearlyTonalChannels(const CodingPlan& plan, int programme_end, FrameData* f) {
   const int coded_end = CodedBandEnd(plan);
   const int rate_end = ac3::ChannelEndMant(plan.chbwcod);
-  int programme_end = 0;
+  if (rate_end >= coded_end) return programme_end;
+  programme_end = 0;
   for (int c = 0; c < f->nfch; ++c) {
     const float* coefs[kBlocks];
     for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
@@ -366,7 +368,7 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     }
   }
   int programme_end = UpdateContentEnds(f);
-  if (!plan.spx) programme_end = EndClearlyTonalChannels(plan, f);
+  if (!plan.spx) programme_end = EndClearlyTonalChannels(plan, programme_end, f);
   if (f->spxinu) {
     ChooseExtendedChannels(plan, f);
     if (f->spxinu) LeaveExtensionWithoutContent(programme_end, f);
