@@ -20,6 +20,16 @@ constexpr int kTrailerBits = 18;  // auxdatae, crcrsv, crc2
 // frame.
 void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent, bool blkswe) {
   bw->Put(1, 1);  // expstre
+  // ahte: no channel uses the adaptive hybrid transform. Measured with one (each steady
+  // channel's bins coded by the DCT across the six blocks, through the codebooks and plain
+  // scalar mantissas, without gain-adaptive quantisation), PEAQ, ours minus FFmpeg, basic /
+  // advanced: E-AC-3 2.0 128k +0.48 / +0.24 -> -0.05 / -0.24, 96k +1.10 / +1.39 -> +0.52 /
+  // +0.66. The transform's values are the blocks' means, so a scalar mantissa of the same bits
+  // carries six times (7.8 dB) the noise of a plain one at the same allocation address; and a
+  // decoder fills every zero-bit bin of such a channel with noise of 0.707 times its exponent's
+  // step whatever its dithflag, 4.8 dB above the plain dither, which between a tone's partials
+  // lies well above the signal. Kept to frames whose zero-bit bins hold that much energy:
+  // +0.28 / +0.04 at 128k; to frames that need no scalar mantissas: almost never used.
   bw->Put(0, 1);  // ahte
   bw->Put(0, 2);  // snroffststr: frame SNR offsets
   bw->Put(0, 1);  // transproce
