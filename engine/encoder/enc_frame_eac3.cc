@@ -30,6 +30,10 @@ void WriteAudioFrame(BitWriter* bw, const FrameData& f, bool dependent, bool blk
   // step whatever its dithflag, 4.8 dB above the plain dither, which between a tone's partials
   // lies well above the signal. Kept to frames whose zero-bit bins hold that much energy:
   // +0.28 / +0.04 at 128k; to frames that need no scalar mantissas: almost never used.
+  // With gain-adaptive quantisation it lost too, on every tonal item (reed, pitch pipe,
+  // harpsichord at 128k): a steady partial's coefficient alternates from block to block, so
+  // the DCT leaves -13 to -20 dB of it in the other values, at the quantiser's step at these
+  // rates; matched for noise, the reed needed 13-30% more bits (bench/quality/FINDINGS.md).
   bw->Put(0, 1);  // ahte
   bw->Put(0, 2);  // snroffststr: frame SNR offsets
   bw->Put(0, 1);  // transproce
