@@ -43,6 +43,8 @@ void Encoder::Configure(const EncoderConfig& config) {
   std::fill(frame_.last_block_exposed, frame_.last_block_exposed + kMaxCplChannels, false);
   std::fill(frame_.last_block_silent, frame_.last_block_silent + kMaxCplChannels, false);
   for (TonalityTracker& t : frame_.upper_band_tonality) t.Reset();
+  for (SteadinessTracker& t : frame_.steadiness) t.Reset();
+  frame_.starvation.Reset();
   for (ContentEdgeTracker& t : frame_.content_edge) t.Reset();
 }
 

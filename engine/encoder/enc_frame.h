@@ -18,6 +18,7 @@
 #include "enc_plan.h"
 #include "enc_rematrix.h"
 #include "enc_spx.h"
+#include "enc_starved_tones.h"
 #include "enc_tonality.h"
 
 namespace ddpi::enc {
@@ -83,6 +84,11 @@ struct FrameData {
   // Whether each channel's upper band has held stable partials lately (see
   // ChooseExtendedChannels, EndClearlyTonalChannels); carried from frame to frame.
   TonalityTracker upper_band_tonality[kMaxCplChannels];
+  // Whether each channel's spectrum has held steady lately, and whether the offset search
+  // leaves the stream's noise well above the masking curve (see EndStarvedSteadyChannels);
+  // carried from frame to frame.
+  SteadinessTracker steadiness[kMaxCplChannels];
+  StarvationTracker starvation;
   // Where each full-bandwidth channel's spectrum ends (see EndBandsWithContent), carried from
   // frame to frame; and this frame's held ends.
   ContentEdgeTracker content_edge[kMaxCplChannels];

@@ -316,6 +316,44 @@ TEST(Frame, ClearlyTonalChannelsEndAtTheRatesBand) {
   }
 }
 
+// Mono at AC-3 64k: a held pitch pipe in a stream whose offset search leaves the noise 7.5 dB
+// above the masking curve (SNR index 200) ends, within about a second, at the tonal share of
+// the rate's band; with the noise under the curve (index 260) it keeps the rate's band, and
+// so does noise however starved.
+TEST(Frame, StarvedSteadyChannelsEndLower) {
+  const CodingPlan plan = PlanForRate(64, 1, false);
+  ASSERT_FALSE(plan.coupling);
+  const int rate_end = ac3::ChannelEndMant(plan.chbwcod);
+  const int tonal_end = ac3::ChannelEndMant(plan.tonal_chbwcod);
+  ASSERT_LT(tonal_end, rate_end);
+  constexpr int kFrames = 40;
+  constexpr int kLength = kHistory + kFrames * kFrameInput;
+  for (bool tone : {true, false}) {
+    for (int snr_index : {200, 260}) {
+      SCOPED_TRACE(std::string(tone ? "tone" : "noise") + ", index " + std::to_string(snr_index));
+      std::vector<float> signal(kLength);
+      uint32_t seed = 4;
+      for (int n = 0; n < kLength; ++n) {
+        double v = 0;
+        for (int h = 1; tone && h * 880 < 19000; ++h)
+          v += std::sin(2 * M_PI * 880 * h * n / 48000.0) / h;
+        signal[n] = tone ? static_cast<float>(0.1 * v) : 0.3f * Noise(&seed);
+      }
+      auto f = NewFrame(1);
+      BlockAttack attacks[kMaxChannels][kBlocks] = {};
+      for (int frame = 0; frame < kFrames; ++frame) {
+        f->snr_index = snr_index;
+        const float* channels[1] = {&signal[frame * kFrameInput]};
+        AnalyzeFrame(channels, attacks, plan, f.get());
+        if (frame == 0) {
+          EXPECT_EQ(f->ch[0].end, rate_end);
+        }
+      }
+      EXPECT_EQ(f->ch[0].end, tone && snr_index == 200 ? tonal_end : rate_end);
+    }
+  }
+}
+
 // A channel that leaves coupling codes up to its own band, also where that band reaches past
 // the coupling range (a plan may end coupling below the rate's bandwidth).
 TEST(Frame, ChannelsLeavingCouplingKeepTheirOwnBand) {

@@ -256,7 +256,7 @@ constexpr int kSpxBandBins = 24;
 // A set of coordinates serves the whole frame unless a channel switches its transform
 // length: new sets every three blocks cost 0.03.
 constexpr int kSpxRun = ac3::kBlocksPerFrame;
-// See ChooseExtendedChannels.
+// See ChooseExtendedChannels and EndStarvedSteadyChannels.
 constexpr double kTonalBandwidthShare = 0.8;
 // Where the extension begins at 10 kHz or above, it rebuilds each band at 0.7 of the
 // original's energy (-1.5 dB). Its copies carry the lower band's fine structure, not the

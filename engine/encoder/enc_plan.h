@@ -44,7 +44,8 @@ struct CodingPlan {
   // reaching cplendf_alone (see ChooseExtendedChannels).
   bool spx_yields_to_coupling = false;
   // Bandwidth code of a channel the extension leaves out because its upper band has clearly
-  // held stable partials lately (see ChooseExtendedChannels).
+  // held stable partials lately (see ChooseExtendedChannels), and of a steady channel the
+  // rate starves (see EndStarvedSteadyChannels).
   int tonal_chbwcod = 60;
   // Blocks with an attack switch to short transforms; without switching (mixes of more than
   // two channels, see PlanForRate) they keep long ones and are marked and boosted the same.
