@@ -274,6 +274,20 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   }
 }
 
+// `length` samples of a held pitch pipe (880 Hz, partials falling as 1 / h up to 19 kHz) or
+// of noise.
+std::vector<float> PitchPipeOrNoise(bool tone, int length) {
+  std::vector<float> signal(length);
+  uint32_t seed = 9;
+  for (int n = 0; n < length; ++n) {
+    double v = 0;
+    for (int h = 1; tone && h * 880 < 19000; ++h)
+      v += std::sin(2 * M_PI * 880 * h * n / 48000.0) / h;
+    signal[n] = tone ? static_cast<float>(0.1 * v) : 0.3f * Noise(&seed);
+  }
+  return signal;
+}
+
 // At AC-3 2.0 128k the coupling range reaches 17 kHz, past the rate's own 15.75 kHz. A held
 // harmonic tone (a pitch pipe: 880 Hz, partials falling as 1 / h up to 19 kHz) on both channels
 // couples up to 17 kHz at first; once its upper band has read as clearly peaked for a few
@@ -288,14 +302,7 @@ TEST(Frame, ClearlyTonalChannelsEndAtTheRatesBand) {
   constexpr int kLength = kHistory + kFrames * kFrameInput;
   for (bool tone : {true, false}) {
     SCOPED_TRACE(tone ? "tone" : "noise");
-    std::vector<float> signal(kLength);
-    uint32_t seed = 9;
-    for (int n = 0; n < kLength; ++n) {
-      double v = 0;
-      for (int h = 1; tone && h * 880 < 19000; ++h)
-        v += std::sin(2 * M_PI * 880 * h * n / 48000.0) / h;
-      signal[n] = tone ? static_cast<float>(0.1 * v) : 0.3f * Noise(&seed);
-    }
+    const std::vector<float> signal = PitchPipeOrNoise(tone, kLength);
     auto f = NewFrame(2);
     BlockAttack attacks[kMaxChannels][kBlocks] = {};
     for (int frame = 0; frame < kFrames; ++frame) {
@@ -331,14 +338,7 @@ TEST(Frame, StarvedSteadyChannelsEndLower) {
   for (bool tone : {true, false}) {
     for (int snr_index : {200, 260}) {
       SCOPED_TRACE(std::string(tone ? "tone" : "noise") + ", index " + std::to_string(snr_index));
-      std::vector<float> signal(kLength);
-      uint32_t seed = 4;
-      for (int n = 0; n < kLength; ++n) {
-        double v = 0;
-        for (int h = 1; tone && h * 880 < 19000; ++h)
-          v += std::sin(2 * M_PI * 880 * h * n / 48000.0) / h;
-        signal[n] = tone ? static_cast<float>(0.1 * v) : 0.3f * Noise(&seed);
-      }
+      const std::vector<float> signal = PitchPipeOrNoise(tone, kLength);
       auto f = NewFrame(1);
       BlockAttack attacks[kMaxChannels][kBlocks] = {};
       for (int frame = 0; frame < kFrames; ++frame) {
