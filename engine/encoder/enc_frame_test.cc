@@ -354,6 +354,38 @@ TEST(Frame, StarvedSteadyChannelsEndLower) {
   }
 }
 
+// E-AC-3 2.0 128k, where the extension begins at 14.7 kHz: starved, a held pitch pipe on both
+// channels ends below it, so the frame goes without the extension and its coupling range ends
+// on the first sub-band edge at or past the tonal share of the rate's band; with the noise
+// under the curve the frame keeps the extension, coupled up to where it begins.
+TEST(Frame, StarvedSteadyChannelsEndLowerWhereTheExtensionGivesWay) {
+  const CodingPlan plan = PlanForRate(128, 2, false, true);
+  ASSERT_TRUE(plan.spx && plan.spx_yields_to_coupling);
+  const int tonal_end = ac3::ChannelEndMant(plan.tonal_chbwcod);
+  constexpr int kFrames = 40;
+  constexpr int kLength = kHistory + kFrames * kFrameInput;
+  const std::vector<float> signal = PitchPipeOrNoise(true, kLength);
+  for (int snr_index : {200, 260}) {
+    SCOPED_TRACE("index " + std::to_string(snr_index));
+    auto f = NewFrame(2);
+    BlockAttack attacks[kMaxChannels][kBlocks] = {};
+    for (int frame = 0; frame < kFrames; ++frame) {
+      f->snr_index = snr_index;
+      const float* channels[2] = {&signal[frame * kFrameInput], &signal[frame * kFrameInput]};
+      AnalyzeFrame(channels, attacks, plan, f.get());
+    }
+    ASSERT_TRUE(f->cplinu);
+    if (snr_index == 200) {
+      EXPECT_FALSE(f->spxinu);
+      EXPECT_GE(f->cpl.end, tonal_end);
+      EXPECT_LT(f->cpl.end, tonal_end + 12);
+    } else {
+      EXPECT_TRUE(f->spxinu);
+      EXPECT_EQ(f->cpl.end, f->spx.begin);
+    }
+  }
+}
+
 // A channel that leaves coupling codes up to its own band, also where that band reaches past
 // the coupling range (a plan may end coupling below the rate's bandwidth).
 TEST(Frame, ChannelsLeavingCouplingKeepTheirOwnBand) {
