@@ -19,7 +19,11 @@ constexpr double kGroupFloor = 1e-5, kRatioFloor = 1e-6;
 // A frame with nothing to compare (silence) counts as a change this large.
 constexpr double kChangeWithoutSignal = 3.0;
 
-constexpr int kStarvedBelow = 216, kNoLongerStarvedAbove = 224;
+// Starved below 216 (noise 4.5 dB above the masking curve). Narrowing a steady channel's band
+// itself lowers its noise by about 2 dB (10 to 12 steps of the index), so the state turns back
+// only above 232 (1.5 dB above the curve): with the release at 224, a pitch pipe at AC-3 2.0
+// 128k changed its band five times in 10 s, at 232 once.
+constexpr int kStarvedBelow = 216, kNoLongerStarvedAbove = 232;
 
 // A state that turns on below `on_below` and off only above `off_above`.
 bool WithMargin(bool state, double value, double on_below, double off_above) {

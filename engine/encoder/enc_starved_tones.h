@@ -35,7 +35,7 @@ class SteadinessTracker {
 // Follows whether the offset search leaves a stream's noise well above the masking curve: its
 // SNR index (csnroffst * 16 + fsnroffst; 240 puts the noise on the curve, each step below
 // raises it by 0.19 dB) smoothed over about ten frames, starved below 216 (4.5 dB above the
-// curve) and no longer above 224 (3 dB).
+// curve) and no longer above 232 (1.5 dB).
 class StarvationTracker {
  public:
   void Reset() { *this = StarvationTracker(); }

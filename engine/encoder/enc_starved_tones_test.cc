@@ -64,7 +64,7 @@ TEST(StarvedTones, SteadinessTellsHeldTonesFromNoiseAndMelodies) {
 }
 
 // Starved once the smoothed index has been under 216 for a few frames; held through indices
-// up to 224 and a missing one; released above that.
+// up to 232 and a missing one; released above that.
 TEST(StarvedTones, StarvationTurnsWithAMargin) {
   StarvationTracker t;
   EXPECT_FALSE(t.Update(0));
@@ -73,7 +73,7 @@ TEST(StarvedTones, StarvationTurnsWithAMargin) {
   while (!t.Update(200)) ++frames;
   EXPECT_GE(frames, 3);
   EXPECT_LE(frames, 20);
-  for (int i = 0; i < 100; ++i) EXPECT_TRUE(t.Update(222));
+  for (int i = 0; i < 100; ++i) EXPECT_TRUE(t.Update(230));
   EXPECT_TRUE(t.Update(0));
   frames = 0;
   while (t.Update(240)) ++frames;
