@@ -8,9 +8,10 @@
 #   run.sh [--quick] [--holdout] [--items a,b,...] [--settings s,...] [--build DIR] [--work DIR]
 #          [--jobs N] [--ours-only] [--ffmpeg-from DIR] [--lean]
 # Settings: ac3_20_192 ac3_20_128 ac3_51_448 ac3_51_384 eac3_20_96 eac3_20_128 eac3_51_192
-# eac3_51_256. Any CODEC_LAYOUT_KBPS (ac3 or eac3, 20 or 51, a rate both encoders take) is
+# eac3_51_256. Any CODEC_LAYOUT_KBPS (ac3 or eac3, 10, 20 or 51, a rate both encoders take) is
 # graded the same way, which checks the rates between and beyond those (eac3_20_64,
-# ac3_51_640). --quick: four critical items at AC-3 2.0 192k and E-AC-3 2.0 96k.
+# ac3_51_640) and mono (ac3_10_64: the stereo items downmixed). --quick: four critical items
+# at AC-3 2.0 192k and E-AC-3 2.0 96k.
 # --holdout grades the held-out items instead (make_holdout_items.sh: music the encoder was
 # never tuned on, stereo and two 5.1 mixes); give it a work folder of its own.
 # --ours-only grades only our encoder and reuses FFmpeg's results already in the work folder
@@ -98,12 +99,19 @@ run_one() {
   local ref=$work/items/$item.wav
   local channels
   channels=$(soxi -c "$ref")
-  # 2.0 settings take the stereo items, 5.1 settings the 5.1 ones.
-  if { [ "$layout" = 20 ] && [ "$channels" != 2 ]; } || { [ "$layout" = 51 ] && [ "$channels" != 6 ]; }; then
+  # 2.0 settings take the stereo items, 5.1 settings the 5.1 ones, 1.0 settings the stereo
+  # ones downmixed to (L + R) / 2.
+  if { [ "$layout" = 20 ] && [ "$channels" != 2 ]; } || { [ "$layout" = 51 ] && [ "$channels" != 6 ]; } ||
+     { [ "$layout" = 10 ] && [ "$channels" != 2 ]; }; then
     return 0
   fi
   local dir=$work/runs/$setting/$item/$encoder
   mkdir -p "$dir"
+  if [ "$layout" = 10 ]; then  # each job its own copy: both encoders' jobs run at once
+    sox "$ref" -c 1 "$dir/mono.wav" remix 1v0.5,2v0.5
+    ref=$dir/mono.wav
+    channels=1
+  fi
   rm -f "$dir/result.txt"
   local ext=$codec skip
   [ "$codec" = eac3 ] && ext=ec3
@@ -146,7 +154,7 @@ run_one() {
     "$(awk '$1 == "above_band" {print $2}' "$dir/measure.txt")" "$lfe" "${lags:--}" \
     "${attacks:--}" "$per_pair" "$lfe_fine" >"$dir/result.txt"
   rm -f "$dir"/ref_*.wav "$dir"/test_*.wav
-  if [ -n "$lean" ]; then rm -f "$dir/decoded.wav"; fi
+  if [ -n "$lean" ]; then rm -f "$dir/decoded.wav" "$dir/mono.wav"; fi
 }
 export -f run_one
 export work build probe grade lean
