@@ -34,26 +34,38 @@ bool WithMargin(bool state, double value, double on_below, double off_above) {
 
 bool SteadinessTracker::Update(const float* const* coef, int blocks, int begin, int end) {
   const int groups = std::clamp((end - begin) / kGroupBins, 0, kMaxGroups);
+  const int bins = groups * kGroupBins;
+  // Bin by bin over the blocks first, so that the loop runs over contiguous bins.
+  float bin_power[kMaxGroups * kGroupBins] = {};
+  for (int b = 0; b < blocks; ++b) {
+    const float* x = coef[b] + begin;
+    for (int k = 0; k < bins; ++k) bin_power[k] += x[k] * x[k];
+  }
   float power[kMaxGroups] = {};
   double strongest = 0;
   for (int g = 0; g < groups; ++g) {
-    double sum = 0;
-    for (int b = 0; b < blocks; ++b)
-      for (int k = begin + g * kGroupBins; k < begin + (g + 1) * kGroupBins; ++k)
-        sum += static_cast<double>(coef[b][k]) * coef[b][k];
-    power[g] = static_cast<float>(sum);
-    strongest = std::max(strongest, sum);
+    for (int k = g * kGroupBins; k < (g + 1) * kGroupBins; ++k) power[g] += bin_power[k];
+    strongest = std::max(strongest, double{power[g]});
   }
   // A first frame, or a band that changed its width, has nothing to compare with.
   if (groups > 0 && groups == previous_groups_) {
-    double change = 0;
+    // The sum of |log ratio| is the logarithm of the product of each ratio taken at or above
+    // one, which needs a logarithm only when the product grows large: each ratio is at most
+    // about 1 / kRatioFloor, so 1e150 leaves room for it.
+    double change = 0, product = 1;
     int counted = 0;
+    const double floor = kRatioFloor * strongest;
     for (int g = 0; g < groups && strongest > 0; ++g) {
       if (power[g] < kGroupFloor * strongest && previous_[g] < kGroupFloor * strongest) continue;
-      const double floor = kRatioFloor * strongest;
-      change += std::fabs(std::log((power[g] + floor) / (previous_[g] + floor)));
+      const double ratio = (power[g] + floor) / (previous_[g] + floor);
+      product *= ratio >= 1 ? ratio : 1 / ratio;
+      if (product > 1e150) {
+        change += std::log(product);
+        product = 1;
+      }
       ++counted;
     }
+    change += std::log(product);
     const double mean = counted ? change / counted : kChangeWithoutSignal;
     smoothed_ = smoothed_ < 0 ? mean : smoothed_ + kSmoothing * (mean - smoothed_);
     steady_ = WithMargin(steady_, smoothed_, kSteadyBelow, kUnsteadyAbove);
