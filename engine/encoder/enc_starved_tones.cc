@@ -50,8 +50,8 @@ bool SteadinessTracker::Update(const float* const* coef, int blocks, int begin, 
   // A first frame, or a band that changed its width, has nothing to compare with.
   if (groups > 0 && groups == previous_groups_) {
     // The sum of |log ratio| is the logarithm of the product of each ratio taken at or above
-    // one, which needs a logarithm only when the product grows large: each ratio is at most
-    // about 1 / kRatioFloor, so 1e150 leaves room for it.
+    // one, which needs a logarithm only when the product grows large. Group powers lie between
+    // a float's smallest and about 100, so no ratio reaches 1e60 and 1e150 leaves room for it.
     double change = 0, product = 1;
     int counted = 0;
     const double floor = kRatioFloor * strongest;
