@@ -219,10 +219,8 @@ int EndClearlyTonalChannels(const CodingPlan& plan, int programme_end, FrameData
   if (rate_end >= coded_end) return programme_end;
   programme_end = 0;
   for (int c = 0; c < f->nfch; ++c) {
-    const float* coefs[kBlocks];
-    for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
     TonalityTracker& tonality = f->upper_band_tonality[c];
-    tonality.Update(LocalFlatness(coefs, kBlocks, coded_end / 2, coded_end));
+    tonality.Update(LocalFlatness(f->ch[c].Blocks().block, kBlocks, coded_end / 2, coded_end));
     if (tonality.clearly_tonal()) f->content_end[c] = std::min(f->content_end[c], rate_end);
     programme_end = std::max(programme_end, f->content_end[c]);
   }
@@ -255,9 +253,8 @@ int EndStarvedSteadyChannels(const CodingPlan& plan, int programme_end, FrameDat
   const int tonal_end = ac3::ChannelEndMant(plan.tonal_chbwcod);
   programme_end = 0;
   for (int c = 0; c < f->nfch; ++c) {
-    const float* coefs[kBlocks];
-    for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
-    const bool steady = f->steadiness[c].Update(coefs, kBlocks, kSteadinessFromBin, coded_end);
+    const bool steady = f->steadiness[c].Update(f->ch[c].Blocks().block, kBlocks,
+                                                kSteadinessFromBin, coded_end);
     if (starved && steady) f->content_end[c] = std::min(f->content_end[c], tonal_end);
     programme_end = std::max(programme_end, f->content_end[c]);
   }

@@ -39,6 +39,12 @@ struct BlockAttack {
   int quarter = 0;       // where in the new samples it lands (TransientDetector::peak_quarter)
 };
 
+// The six blocks of one channel's coefficients as the per-frame measures take them
+// (LocalFlatness, SpectralFlatness, SteadinessTracker): one pointer per block.
+struct CoefBlocks {
+  const float* block[kBlocks];
+};
+
 struct ChannelFrame {
   int start = 0;     // first coded bin: cplstrtmant for the coupling channel, else 0
   int end = 0;       // coded bins (endmant), 7 for LFE, cplstrtmant for coupled channels
@@ -52,6 +58,11 @@ struct ChannelFrame {
   float window_rise[kBlocks] = {};    // WindowRise of the samples each block transforms
   ExpStrategy strategy[kBlocks] = {};
   float coef[kBlocks][256];
+  CoefBlocks Blocks() const {
+    CoefBlocks out;
+    for (int b = 0; b < kBlocks; ++b) out.block[b] = coef[b];
+    return out;
+  }
   uint8_t exp[kBlocks][256];
   Masking masking[kBlocks];
   uint8_t bap[kBlocks][256];

@@ -100,9 +100,7 @@ void ExtendFrame(const CodingPlan& plan, FrameData* f) {
 
 // Spectral flatness of channel c's original extended range over the frame.
 double ExtendedRangeFlatness(const FrameData& f, int c) {
-  const float* coefs[kBlocks];
-  for (int b = 0; b < kBlocks; ++b) coefs[b] = f.ch[c].coef[b];
-  return SpectralFlatness(coefs, kBlocks, f.spx.begin, f.spx.end, 1e-12);
+  return SpectralFlatness(f.ch[c].Blocks().block, kBlocks, f.spx.begin, f.spx.end, 1e-12);
 }
 
 // Which channels the extension rebuilds in this frame. A channel whose upper band holds stable
@@ -140,11 +138,9 @@ void ChooseExtendedChannels(const CodingPlan& plan, FrameData* f) {
   const bool yield_to_coupling = plan.spx_yields_to_coupling;
   // Where it decides, every channel's tracker follows every frame, whatever this frame decides.
   if (!yield_to_coupling) {
-    for (int c = 0; c < f->nfch; ++c) {
-      const float* coefs[kBlocks];
-      for (int b = 0; b < kBlocks; ++b) coefs[b] = f->ch[c].coef[b];
-      f->upper_band_tonality[c].Update(LocalFlatness(coefs, kBlocks, f->spx.begin, f->spx.end));
-    }
+    for (int c = 0; c < f->nfch; ++c)
+      f->upper_band_tonality[c].Update(
+          LocalFlatness(f->ch[c].Blocks().block, kBlocks, f->spx.begin, f->spx.end));
   }
   bool any = false;
   for (int c = 0; c < f->nfch; ++c) {
