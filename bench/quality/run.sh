@@ -101,10 +101,9 @@ run_one() {
   channels=$(soxi -c "$ref")
   # 2.0 settings take the stereo items, 5.1 settings the 5.1 ones, 1.0 settings the stereo
   # ones downmixed to (L + R) / 2.
-  if { [ "$layout" = 20 ] && [ "$channels" != 2 ]; } || { [ "$layout" = 51 ] && [ "$channels" != 6 ]; } ||
-     { [ "$layout" = 10 ] && [ "$channels" != 2 ]; }; then
-    return 0
-  fi
+  local item_channels=2
+  [ "$layout" = 51 ] && item_channels=6
+  [ "$channels" = "$item_channels" ] || return 0
   local dir=$work/runs/$setting/$item/$encoder
   mkdir -p "$dir"
   if [ "$layout" = 10 ]; then  # each job its own copy: both encoders' jobs run at once
