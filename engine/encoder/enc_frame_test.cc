@@ -242,33 +242,43 @@ TEST(Frame, CoupledChannelsDitherForTheirCoupledBand) {
 }
 
 // Stereo shares its upper band where the rate leaves too little for two full channels, and
-// only in frames whose channels carry much the same there.
+// only in frames whose channels carry much the same there. A pair that is one source panned
+// (the right channel half the left) shares from 3.5 kHz; one that differs only below the
+// planned range (a tone at 4 kHz in one channel) shares from the planned begin.
 TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   EXPECT_FALSE(PlanForRate(96, 2, false).coupling);  // 48 kbps per channel: not worth it
   EXPECT_FALSE(PlanForRate(256, 2, false).coupling);
   EXPECT_LT(PlanForRate(128, 2, false).cplbegf, PlanForRate(192, 2, false).cplbegf);
   constexpr int kLength = kHistory + kFrameInput;
+  enum Pair { kPanned, kApartBelowRange, kApart };
   for (int kbps : {128, 192}) {
     const CodingPlan plan = PlanForRate(kbps, 2, false);
-    ASSERT_TRUE(plan.coupling);
-    for (bool same : {true, false}) {
-      SCOPED_TRACE(std::to_string(kbps) + (same ? " kbps, same" : " kbps, apart"));
+    ASSERT_TRUE(plan.coupling && plan.cplbegf > 0);
+    for (Pair pair : {kPanned, kApartBelowRange, kApart}) {
+      SCOPED_TRACE(std::to_string(kbps) + " kbps, pair " + std::to_string(pair));
       auto f = NewFrame(2);
       std::vector<float> input(2 * kLength);
       uint32_t seed = 5;
       for (int c = 0; c < 2; ++c)
         for (int n = 0; n < kLength; ++n) {
           const float noise = Noise(&seed);
-          input[c * kLength + n] = same && c == 1 ? 0.5f * input[n] : 0.3f * noise;
+          const float tone = 0.1f * static_cast<float>(std::sin(2 * M_PI * 4000 * n / 48000.0));
+          input[c * kLength + n] = c == 0     ? 0.3f * noise
+                                   : pair == kApart ? 0.3f * noise
+                                   : pair == kPanned ? 0.5f * input[n]
+                                                     : 0.5f * input[n] + tone;
         }
       const float* channels[2] = {&input[0], &input[kLength]};
       BlockAttack attacks[kMaxChannels][kBlocks] = {};
       AnalyzeFrame(channels, attacks, plan, f.get());
-      EXPECT_EQ(f->cplinu, same);
+      EXPECT_EQ(f->cplinu, pair != kApart);
+      if (f->cplinu) {
+        EXPECT_EQ(f->cpl.begf, pair == kPanned ? 0 : plan.cplbegf);
+      }
       // Coupled, the channels end where coupling starts; apart, each keeps its full band, with
       // its spectrum up to the top.
       const ChannelFrame& ch = f->ch[0];
-      EXPECT_EQ(ch.end, same ? f->cpl.start : 73 + 3 * plan.chbwcod);
+      EXPECT_EQ(ch.end, f->cplinu ? f->cpl.start : 73 + 3 * plan.chbwcod);
       for (int b = 0; b < kBlocks; ++b) EXPECT_LT(ch.exp[b][ch.end - 1], 16) << "block " << b;
     }
   }

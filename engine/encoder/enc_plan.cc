@@ -388,6 +388,10 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   ChooseCoupling(per_channel, acmod, end, &plan);
+  // Only AC-3: at E-AC-3 2.0 128k it gained within noise (+0.480 / +0.301 against +0.479 /
+  // +0.282) and coded the castanets' quiet tails so that two onsets after them had 0.5 dB more
+  // pre-echo.
+  plan.panned_pairs_couple_low = plan.coupling && acmod == 2 && !extension;
   if (!plan.attack_channels_uncoupled) plan.attack_frames_uncoupled |= plan.boost_by_delta;
   plan.cplendf_alone = plan.cplendf;
   if (plan.spx && plan.coupling) {
