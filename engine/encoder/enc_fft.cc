@@ -7,17 +7,27 @@ namespace {
 
 constexpr int kN = kConvolutionFftSize;
 
-// Twiddles of the stage joining halves of h points start at index h: exp(-i pi j / h), so
-// that each stage reads them contiguously. They do not depend on the transform's size.
+// Twiddles, each stage's contiguous: w1 at index h + j is exp(-i pi j / h), the twiddle of the
+// radix-2 stage joining halves of h points; w3 at index h + j is exp(-3 i pi j / (2h)). A
+// radix-2^2 stage over groups of 4q points (two radix-2 stages, halves of 2q then q, or the
+// reverse) needs W, W^2 and W^3 for W = exp(-i pi j / (2q)): w1[2q + j], w1[q + j], w3[q + j].
+// None depends on the transform's size.
 struct Twiddles {
-  float re[kN], im[kN];
+  float w1_re[kN], w1_im[kN];
+  float w3_re[kN / 2], w3_im[kN / 2];
   Twiddles() {
     constexpr double kPi = 3.14159265358979323846;
-    re[0] = 1, im[0] = 0;
+    w1_re[0] = 1, w1_im[0] = 0;
     for (int h = 1; h < kN; h <<= 1)
       for (int j = 0; j < h; ++j) {
-        re[h + j] = static_cast<float>(std::cos(kPi * j / h));
-        im[h + j] = static_cast<float>(-std::sin(kPi * j / h));
+        w1_re[h + j] = static_cast<float>(std::cos(kPi * j / h));
+        w1_im[h + j] = static_cast<float>(-std::sin(kPi * j / h));
+      }
+    w3_re[0] = 1, w3_im[0] = 0;
+    for (int h = 1; h < kN / 2; h <<= 1)
+      for (int j = 0; j < h; ++j) {
+        w3_re[h + j] = static_cast<float>(std::cos(3 * kPi * j / (2 * h)));
+        w3_im[h + j] = static_cast<float>(-std::sin(3 * kPi * j / (2 * h)));
       }
   }
 };
@@ -27,27 +37,175 @@ const Twiddles& TheTwiddles() {
   return twiddles;
 }
 
+// How many radix-2 stages a transform of `size` points has.
+int StageCount(int size) {
+  int stages = 0;
+  while ((1 << stages) < size) ++stages;
+  return stages;
+}
+
+// Decimation in time, stages of halves of 1 and 2 points at once: their twiddles are 1 and
+// -i (+i when conjugated), no multiplications.
+template <bool kConjugate>
+void DitFirstTwoStages(float* re, float* im, int size) {
+  for (int s = 0; s < size; s += 4) {
+    const float b0r = re[s] + re[s + 1], b0i = im[s] + im[s + 1];
+    const float b1r = re[s] - re[s + 1], b1i = im[s] - im[s + 1];
+    const float b2r = re[s + 2] + re[s + 3], b2i = im[s + 2] + im[s + 3];
+    const float b3r = re[s + 2] - re[s + 3], b3i = im[s + 2] - im[s + 3];
+    // t = (-i) b3, or (+i) b3 when conjugated.
+    const float tr = kConjugate ? -b3i : b3i, ti = kConjugate ? b3r : -b3r;
+    re[s] = b0r + b2r, im[s] = b0i + b2i;
+    re[s + 2] = b0r - b2r, im[s + 2] = b0i - b2i;
+    re[s + 1] = b1r + tr, im[s + 1] = b1i + ti;
+    re[s + 3] = b1r - tr, im[s + 3] = b1i - ti;
+  }
+}
+
+// Decimation in time, the stages joining halves of q and 2q points as one radix-2^2 pass:
+// with W = exp(-i pi j / (2q)) (conjugated when asked) and a, b, c, d at j, j + q, j + 2q,
+// j + 3q of each group, B = b W^2, C = c W, D = d W^3, the outputs are a + B + C + D,
+// a - B -+ i (C - D), a + B - C - D, a - B +- i (C - D): three multiplications where two
+// radix-2 stages take four, and one pass over the data instead of two.
+template <bool kConjugate>
+void DitRadix4Stage(float* re, float* im, int size, int q) {
+  const Twiddles& tw = TheTwiddles();
+  const float sign = kConjugate ? -1.0f : 1.0f;
+  const float* __restrict w1r = tw.w1_re + 2 * q;
+  const float* __restrict w1i = tw.w1_im + 2 * q;
+  const float* __restrict w2r = tw.w1_re + q;
+  const float* __restrict w2i = tw.w1_im + q;
+  const float* __restrict w3r = tw.w3_re + q;
+  const float* __restrict w3i = tw.w3_im + q;
+  for (int start = 0; start < size; start += 4 * q) {
+    float* __restrict ar = re + start;
+    float* __restrict ai = im + start;
+    float* __restrict br = ar + q;
+    float* __restrict bi = ai + q;
+    float* __restrict cr = ar + 2 * q;
+    float* __restrict ci = ai + 2 * q;
+    float* __restrict dr = ar + 3 * q;
+    float* __restrict di = ai + 3 * q;
+#pragma GCC ivdep
+    for (int j = 0; j < q; ++j) {
+      const float wi1 = sign * w1i[j], wi2 = sign * w2i[j], wi3 = sign * w3i[j];
+      const float Br = br[j] * w2r[j] - bi[j] * wi2, Bi = br[j] * wi2 + bi[j] * w2r[j];
+      const float Cr = cr[j] * w1r[j] - ci[j] * wi1, Ci = cr[j] * wi1 + ci[j] * w1r[j];
+      const float Dr = dr[j] * w3r[j] - di[j] * wi3, Di = dr[j] * wi3 + di[j] * w3r[j];
+      const float sr = ar[j] + Br, si = ai[j] + Bi;
+      const float tr = ar[j] - Br, ti = ai[j] - Bi;
+      const float ur = Cr + Dr, ui = Ci + Di;
+      // v = -i (C - D), or +i (C - D) when conjugated.
+      const float vr = sign * (Ci - Di), vi = sign * (Dr - Cr);
+      ar[j] = sr + ur, ai[j] = si + ui;
+      cr[j] = sr - ur, ci[j] = si - ui;
+      br[j] = tr + vr, bi[j] = ti + vi;
+      dr[j] = tr - vr, di[j] = ti - vi;
+    }
+  }
+}
+
+// Decimation in time, one radix-2 stage joining halves of h points.
+template <bool kConjugate>
+void DitRadix2Stage(float* re, float* im, int size, int h) {
+  const Twiddles& tw = TheTwiddles();
+  const float sign = kConjugate ? -1.0f : 1.0f;
+  const float* __restrict wr = tw.w1_re + h;
+  const float* __restrict wi = tw.w1_im + h;
+  for (int start = 0; start < size; start += 2 * h) {
+    float* __restrict ar = re + start;
+    float* __restrict ai = im + start;
+    float* __restrict br = re + start + h;
+    float* __restrict bi = im + start + h;
+    for (int j = 0; j < h; ++j) {
+      const float w_im = sign * wi[j];
+      const float tr = br[j] * wr[j] - bi[j] * w_im;
+      const float ti = br[j] * w_im + bi[j] * wr[j];
+      br[j] = ar[j] - tr;
+      bi[j] = ai[j] - ti;
+      ar[j] += tr;
+      ai[j] += ti;
+    }
+  }
+}
+
+template <bool kConjugate>
+void FftFromBitReversed(float* re, float* im, int size) {
+  DitFirstTwoStages<kConjugate>(re, im, size);
+  // Stages joining halves of 4, 8, ... size / 2 points, two at a time; an odd one out last.
+  int h = 4;
+  for (int left = StageCount(size) - 2; left >= 2; left -= 2, h *= 4)
+    DitRadix4Stage<kConjugate>(re, im, size, h);
+  if (h < size) DitRadix2Stage<kConjugate>(re, im, size, h);
+}
+
+// Decimation in frequency, the stages splitting groups of 4q points into halves of 2q, then
+// of q, as one radix-2^2 pass: with W = exp(-i pi j / (2q)) and a, b, c, d at j, j + q,
+// j + 2q, j + 3q of each group, s = a + c, t = a - c, u = b + d, v = b - d, the outputs are
+// s + u, (s - u) W^2, (t - i v) W, (t + i v) W^3.
+void DifRadix4Stage(float* re, float* im, int size, int q) {
+  const Twiddles& tw = TheTwiddles();
+  const float* __restrict w1r = tw.w1_re + 2 * q;
+  const float* __restrict w1i = tw.w1_im + 2 * q;
+  const float* __restrict w2r = tw.w1_re + q;
+  const float* __restrict w2i = tw.w1_im + q;
+  const float* __restrict w3r = tw.w3_re + q;
+  const float* __restrict w3i = tw.w3_im + q;
+  for (int start = 0; start < size; start += 4 * q) {
+    float* __restrict ar = re + start;
+    float* __restrict ai = im + start;
+    float* __restrict br = ar + q;
+    float* __restrict bi = ai + q;
+    float* __restrict cr = ar + 2 * q;
+    float* __restrict ci = ai + 2 * q;
+    float* __restrict dr = ar + 3 * q;
+    float* __restrict di = ai + 3 * q;
+#pragma GCC ivdep
+    for (int j = 0; j < q; ++j) {
+      const float sr = ar[j] + cr[j], si = ai[j] + ci[j];
+      const float tr = ar[j] - cr[j], ti = ai[j] - ci[j];
+      const float ur = br[j] + dr[j], ui = bi[j] + di[j];
+      const float vr = br[j] - dr[j], vi = bi[j] - di[j];
+      const float xr = sr - ur, xi = si - ui;  // times W^2
+      const float yr = tr + vi, yi = ti - vr;  // t - i v, times W
+      const float zr = tr - vi, zi = ti + vr;  // t + i v, times W^3
+      ar[j] = sr + ur, ai[j] = si + ui;
+      br[j] = xr * w2r[j] - xi * w2i[j], bi[j] = xr * w2i[j] + xi * w2r[j];
+      cr[j] = yr * w1r[j] - yi * w1i[j], ci[j] = yr * w1i[j] + yi * w1r[j];
+      dr[j] = zr * w3r[j] - zi * w3i[j], di[j] = zr * w3i[j] + zi * w3r[j];
+    }
+  }
+}
+
+// Decimation in frequency, one radix-2 stage splitting groups of 2h points into halves.
+void DifRadix2Stage(float* re, float* im, int size, int h) {
+  const Twiddles& tw = TheTwiddles();
+  const float* __restrict wr = tw.w1_re + h;
+  const float* __restrict wi = tw.w1_im + h;
+  for (int start = 0; start < size; start += 2 * h) {
+    float* __restrict ar = re + start;
+    float* __restrict ai = im + start;
+    float* __restrict br = re + start + h;
+    float* __restrict bi = im + start + h;
+    for (int j = 0; j < h; ++j) {
+      const float dr = ar[j] - br[j], di = ai[j] - bi[j];
+      ar[j] += br[j];
+      ai[j] += bi[j];
+      br[j] = dr * wr[j] - di * wi[j];
+      bi[j] = dr * wi[j] + di * wr[j];
+    }
+  }
+}
+
 }  // namespace
 
 void FftForwardToBitReversed(float* re, float* im, int size) {
-  const Twiddles& tw = TheTwiddles();
-  for (int h = size / 2; h >= 4; h >>= 1) {
-    const float* __restrict wr = tw.re + h;
-    const float* __restrict wi = tw.im + h;
-    for (int start = 0; start < size; start += 2 * h) {
-      float* __restrict ar = re + start;
-      float* __restrict ai = im + start;
-      float* __restrict br = re + start + h;
-      float* __restrict bi = im + start + h;
-      for (int j = 0; j < h; ++j) {
-        const float dr = ar[j] - br[j], di = ai[j] - bi[j];
-        ar[j] += br[j];
-        ai[j] += bi[j];
-        br[j] = dr * wr[j] - di * wi[j];
-        bi[j] = dr * wi[j] + di * wr[j];
-      }
-    }
-  }
+  // Stages splitting into halves of size / 2, size / 4, ... 4 points, two at a time; an odd
+  // one out (halves of 4) after them.
+  int q = size / 4;
+  for (int left = StageCount(size) - 2; left >= 2; left -= 2, q /= 4)
+    DifRadix4Stage(re, im, size, q);
+  if (q == 2) DifRadix2Stage(re, im, size, 4);
   // The last two stages together: their twiddles are 1 and -i, no multiplications.
   for (int s = 0; s < size; s += 4) {
     const float a0r = re[s] + re[s + 2], a0i = im[s] + im[s + 2];
@@ -62,39 +220,12 @@ void FftForwardToBitReversed(float* re, float* im, int size) {
   }
 }
 
+void FftForwardFromBitReversed(float* re, float* im, int size) {
+  FftFromBitReversed<false>(re, im, size);
+}
+
 void FftInverseFromBitReversed(float* re, float* im, int size) {
-  const Twiddles& tw = TheTwiddles();
-  // The first two stages together: their conjugate twiddles are 1 and +i.
-  for (int s = 0; s < size; s += 4) {
-    const float b0r = re[s] + re[s + 1], b0i = im[s] + im[s + 1];
-    const float b1r = re[s] - re[s + 1], b1i = im[s] - im[s + 1];
-    const float b2r = re[s + 2] + re[s + 3], b2i = im[s + 2] + im[s + 3];
-    const float b3r = re[s + 2] - re[s + 3], b3i = im[s + 2] - im[s + 3];
-    const float t1r = -b3i, t1i = b3r;  // (+i) b3
-    re[s] = b0r + b2r, im[s] = b0i + b2i;
-    re[s + 2] = b0r - b2r, im[s + 2] = b0i - b2i;
-    re[s + 1] = b1r + t1r, im[s + 1] = b1i + t1i;
-    re[s + 3] = b1r - t1r, im[s + 3] = b1i - t1i;
-  }
-  for (int h = 4; h < size; h <<= 1) {
-    const float* __restrict wr = tw.re + h;
-    const float* __restrict wi = tw.im + h;
-    for (int start = 0; start < size; start += 2 * h) {
-      float* __restrict ar = re + start;
-      float* __restrict ai = im + start;
-      float* __restrict br = re + start + h;
-      float* __restrict bi = im + start + h;
-      for (int j = 0; j < h; ++j) {
-        // b times the conjugate twiddle.
-        const float tr = br[j] * wr[j] + bi[j] * wi[j];
-        const float ti = bi[j] * wr[j] - br[j] * wi[j];
-        br[j] = ar[j] - tr;
-        bi[j] = ai[j] - ti;
-        ar[j] += tr;
-        ai[j] += ti;
-      }
-    }
-  }
+  FftFromBitReversed<true>(re, im, size);
 }
 
 }  // namespace ddpi::enc

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "enc_fft.h"
 #include "enc_fir_design.h"
 
 namespace ddpi::enc {
@@ -36,17 +37,14 @@ const Window& TheWindow() {
   return window;
 }
 
-// DCT-IV of length M through an M/2-point complex FFT (radix 2). Real and imaginary parts
-// live in separate arrays and each stage's twiddles lie contiguous, so that the butterflies
-// of one stage run over consecutive elements.
+// DCT-IV of length M through an M/2-point complex FFT (FftForwardFromBitReversed): the
+// folded input goes in pre-twiddled and in bit-reversed order, the FFT's output is
+// post-twiddled into the coefficients.
 template <int M>
 struct DctIv {
   static constexpr int kHalf = M / 2;
-  static_assert(kHalf >= 8, "the first two stages run as one radix-4 pass");
   float pre_re[kHalf], pre_im[kHalf];
   float post_re[kHalf], post_im[kHalf];
-  // Twiddles of the stage joining halves of h points start at index h: exp(-i pi j / h).
-  float tw_re[kHalf], tw_im[kHalf];
   int bitrev[kHalf];
 
   DctIv() {
@@ -56,51 +54,12 @@ struct DctIv {
       post_re[p] = static_cast<float>(std::cos(-kPi * p / M));
       post_im[p] = static_cast<float>(std::sin(-kPi * p / M));
     }
-    tw_re[0] = 1, tw_im[0] = 0;
-    for (int h = 1; h < kHalf; h <<= 1)
-      for (int j = 0; j < h; ++j) {
-        tw_re[h + j] = static_cast<float>(std::cos(-kPi * j / h));
-        tw_im[h + j] = static_cast<float>(std::sin(-kPi * j / h));
-      }
     int bits = 0;
     while ((1 << bits) < kHalf) ++bits;
     for (int i = 0; i < kHalf; ++i) {
       int r = 0;
       for (int b = 0; b < bits; ++b) r |= ((i >> b) & 1) << (bits - 1 - b);
       bitrev[i] = r;
-    }
-  }
-
-  // In-place FFT of data already in bit-reversed order.
-  void Fft(float* re, float* im) const {
-    // The first two stages together: their twiddles are 1 and -i, no multiplications.
-    for (int s = 0; s < kHalf; s += 4) {
-      const float b0r = re[s] + re[s + 1], b0i = im[s] + im[s + 1];
-      const float b1r = re[s] - re[s + 1], b1i = im[s] - im[s + 1];
-      const float b2r = re[s + 2] + re[s + 3], b2i = im[s + 2] + im[s + 3];
-      const float b3r = re[s + 2] - re[s + 3], b3i = im[s + 2] - im[s + 3];
-      re[s] = b0r + b2r, im[s] = b0i + b2i;
-      re[s + 2] = b0r - b2r, im[s + 2] = b0i - b2i;
-      re[s + 1] = b1r + b3i, im[s + 1] = b1i - b3r;  // b1 + (-i) b3
-      re[s + 3] = b1r - b3i, im[s + 3] = b1i + b3r;  // b1 - (-i) b3
-    }
-    for (int h = 4; h < kHalf; h <<= 1) {
-      const float* wr = tw_re + h;
-      const float* wi = tw_im + h;
-      for (int start = 0; start < kHalf; start += 2 * h) {
-        float* __restrict ar = re + start;
-        float* __restrict ai = im + start;
-        float* __restrict br = re + start + h;
-        float* __restrict bi = im + start + h;
-        for (int j = 0; j < h; ++j) {
-          const float tr = br[j] * wr[j] - bi[j] * wi[j];
-          const float ti = br[j] * wi[j] + bi[j] * wr[j];
-          br[j] = ar[j] - tr;
-          bi[j] = ai[j] - ti;
-          ar[j] += tr;
-          ai[j] += ti;
-        }
-      }
     }
   }
 
@@ -112,7 +71,7 @@ struct DctIv {
       re[bitrev[p]] = a * pre_re[p] - b * pre_im[p];
       im[bitrev[p]] = a * pre_im[p] + b * pre_re[p];
     }
-    Fft(re, im);
+    FftForwardFromBitReversed(re, im, kHalf);
     for (int q = 0; q < kHalf; ++q) {
       out[2 * q] = scale * (re[q] * post_re[q] - im[q] * post_im[q]);
       out[M - 1 - 2 * q] = -scale * (re[q] * post_im[q] + im[q] * post_re[q]);
