@@ -124,10 +124,38 @@ void ChooseDither(FrameData* f) {
   }
 }
 
+// Blocks 0 and 1 must end within the first 5/8 of an AC-3 frame. Where a loud onset fills
+// them, that bound stops the offset search rather than the frame's size, far below what the
+// other blocks could take: the frame of a castanet's onset in block 0 at AC-3 2.0 128k searched
+// to SNR index 140 between neighbours at 530, with a quarter of its bits unspent. Blocks 2 to
+// 5 then rise together by whole coarse steps while the frame still fits. Where block 2 comes
+// to send offsets of its own, they cost `offsets_bits`, which *mantissa_budget gives up.
+// PEAQ, ours minus FFmpeg, basic / advanced: AC-3 2.0 128k +0.384 / +0.313 -> +0.385 / +0.316
+// (applause +0.02 / +0.04, castanets +0.01), 192k within 0.001; no 5.1 stream changed.
+// `fits(t)` tries the frame at index t with the blocks' boosts as they stand.
+template <typename Fits>
+void RaiseBlocksAfterTheEarlyOnes(int t, int offsets_bits, int* mantissa_budget,
+                                  const Fits& fits, FrameData* f) {
+  constexpr int kStep = 16;  // one coarse offset step
+  const bool sent_before = f->NewSnrOffsets(2);
+  const int budget = *mantissa_budget;
+  for (;;) {
+    for (int b = 2; b < kBlocks; ++b)
+      if ((t >> 4) + (f->snr_boost[b] + kStep) / 16 > 63) return;
+    for (int b = 2; b < kBlocks; ++b) f->snr_boost[b] += kStep;
+    const int reserve = !sent_before && f->NewSnrOffsets(2) ? offsets_bits : 0;
+    const int kept = *mantissa_budget;
+    *mantissa_budget = budget - reserve;
+    if (fits(t)) continue;
+    for (int b = 2; b < kBlocks; ++b) f->snr_boost[b] -= kStep;
+    *mantissa_budget = kept;
+    return;
+  }
+}
+
 }  // namespace
 
-bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine,
-                   FrameData* f) {
+bool AllocateFrame(int budget_bits, int early_budget_bits, bool ac3_offsets, FrameData* f) {
   // t = csnroffst * 16 + fsnroffst; the offset grows with t. t = 0 would tell the decoder
   // that no mantissas follow, so the search starts at 1. Neighbouring frames need similar
   // offsets: the search brackets the answer from the previous frame's outwards with growing
@@ -137,9 +165,10 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
   const int kHighest = 63 * 16 + 15 - *std::max_element(f->snr_boost, f->snr_boost + kBlocks);
   const int channels = f->AllocChannels();
   uint64_t cost[kMaxChannels + 1][kBlocks];
+  int mantissa_budget = budget_bits;
   auto fits_costs = [&] {
     int early = 0;
-    return FrameBits(cost, channels, &early) <= budget_bits && early <= early_budget_bits;
+    return FrameBits(cost, channels, &early) <= mantissa_budget && early <= early_budget_bits;
   };
   auto fits = [&](int t) {
     for (int c = 0; c < channels; ++c) ChannelCosts(f, c, t, cost[c]);
@@ -176,6 +205,8 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
     else hi = mid - 1;
   }
   f->snr_index = lo;
+  // A block sending offsets says csnroffst and each channel's fsnroffst and fgaincod.
+  if (ac3_offsets) RaiseBlocksAfterTheEarlyOnes(lo, 6 + 7 * channels, &mantissa_budget, fits, f);
 
   // What one common step leaves over goes to single channels: their fine offsets rise in
   // turn, the coarse one staying shared, while the frame still fits.
@@ -183,7 +214,7 @@ bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine
   fits(lo);
   for (int c = 0; c < channels; ++c) t[c] = lo;
   const int ceiling = (lo | 15);
-  for (bool raised = per_channel_fine; raised;) {
+  for (bool raised = ac3_offsets; raised;) {
     raised = false;
     for (int c = 0; c < channels; ++c) {
       if (t[c] >= ceiling) continue;

@@ -9,11 +9,11 @@
 namespace ddpi::enc {
 
 // Largest SNR offset whose mantissas fit `budget_bits`, those of blocks 0 and 1 also fitting
-// `early_budget_bits`; with `per_channel_fine`, the bits left over then raise single
-// channels' fine offsets. Fills the offsets, bap and mant. Returns false if not even the
-// smallest offset fits.
-bool AllocateFrame(int budget_bits, int early_budget_bits, bool per_channel_fine,
-                   FrameData* frame);
+// `early_budget_bits`. With `ac3_offsets` (AC-3's syntax: a coarse offset per block, a fine
+// one per channel) the bits left over then raise blocks 2 to 5 by whole coarse steps and
+// single channels' fine offsets; E-AC-3 keeps one offset for the frame. Fills the offsets,
+// bap and mant. Returns false if not even the smallest offset fits.
+bool AllocateFrame(int budget_bits, int early_budget_bits, bool ac3_offsets, FrameData* frame);
 
 }  // namespace ddpi::enc
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -115,7 +116,9 @@ TEST(Frame, EveryRateFitsChangingNoiseBursts) {
           for (int f = 0; f < 5; ++f) {
             // Every 256 samples the noise changes level and colour (plain or differenced),
             // so that no block can reuse the exponents of the one before; frame 2 is silent
-            // but for a burst that starts halfway through it.
+            // but for a burst that starts halfway through it; frame 4 is loud in blocks 0 and
+            // 1 and quiet after, so that AC-3's first 5/8 bound its offsets and the other
+            // blocks send finer ones of their own.
             float last = 0.0f;
             for (int n = 0; n < kInputSlots * 1536; ++n) {
               const int block = n / 256;
@@ -124,7 +127,8 @@ TEST(Frame, EveryRateFitsChangingNoiseBursts) {
                                                                       : 0.05f * white;
               last = white;
               const bool on = f != 2 || n % 1536 >= 768;
-              planes[n] = on ? 2.0f * x : 0.0f;
+              const float gain = f == 4 && n % 1536 >= 512 ? 0.002f : 2.0f;
+              planes[n] = on ? gain * x : 0.0f;
             }
             uint8_t frame[4096];
             InputReport report;
@@ -138,8 +142,9 @@ TEST(Frame, EveryRateFitsChangingNoiseBursts) {
   }
 }
 
-// Loud noise in blocks 0 and 1, near silence after: left alone, the allocation would spend
-// most of the frame on the first two blocks. With a limit on them the search must respect it.
+// Loud noise in blocks 0 and 1, quiet noise after: left alone, the allocation would spend
+// most of the frame on the first two blocks. With a limit on them the search must respect it,
+// and AC-3 gives what the limit leaves to blocks 2 to 5, through their own coarse offsets.
 TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
   auto f = NewFrame(2);
   std::vector<float> input(2 * (kHistory + kFrameInput), 0.0f);
@@ -147,16 +152,16 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
   for (int c = 0; c < 2; ++c)
     for (int n = 0; n < kHistory + kFrameInput; ++n) {
       const float noise = Noise(&seed);
-      input[c * (kHistory + kFrameInput) + n] = n < kHistory + 512 ? 0.8f * noise : 1e-4f * noise;
+      input[c * (kHistory + kFrameInput) + n] = n < kHistory + 512 ? 0.8f * noise : 0.002f * noise;
     }
   const float* channels[2] = {&input[0], &input[kHistory + kFrameInput]};
   BlockAttack attacks[kMaxChannels][kBlocks] = {};
   const CodingPlan plan = PlanForRate(192, 2, false);
   AnalyzeFrame(channels, attacks, plan, f.get());
 
-  auto early_bits = [&] {
+  auto bits_of_blocks = [&](int first, int end) {
     int bits = 0;
-    for (int b = 0; b < 2; ++b) {
+    for (int b = first; b < end; ++b) {
       MantissaCounter counter;
       for (int c = 0; c < 2; ++c) counter.Add(f->ch[c].bap[b], 0, f->ch[c].end);
       bits += counter.Bits();
@@ -165,13 +170,36 @@ TEST(Frame, AllocationKeepsBlocksZeroAndOneWithinTheirLimit) {
   };
   const int budget = 4000;
   ASSERT_TRUE(AllocateFrame(budget, budget, true, f.get()));
-  const int free_early = early_bits();
+  const int free_early = bits_of_blocks(0, 2);
   ASSERT_GT(free_early, budget / 2);  // the loud blocks take most of the frame
   const int limit = free_early / 2;
-  f->snr_index = 0;
-  ASSERT_TRUE(AllocateFrame(budget, limit, true, f.get()));
-  EXPECT_LE(early_bits(), limit);
-  EXPECT_GT(early_bits(), limit * 3 / 4);  // and the search still fills what it may
+  for (bool ac3 : {false, true}) {
+    SCOPED_TRACE(ac3 ? "AC-3" : "E-AC-3");
+    f->snr_index = 0;
+    std::fill(f->snr_boost, f->snr_boost + kBlocks, 0);
+    ASSERT_TRUE(AllocateFrame(budget, limit, ac3, f.get()));
+    EXPECT_LE(bits_of_blocks(0, 2), limit);
+    EXPECT_GT(bits_of_blocks(0, 2), limit * 3 / 4);  // and the search still fills what it may
+    const int total = bits_of_blocks(0, kBlocks);
+    EXPECT_LE(total, budget);
+    if (ac3) {
+      for (int b = 2; b < kBlocks; ++b) EXPECT_GT(f->BlockCoarseOffset(b), f->BlockCoarseOffset(0));
+      EXPECT_GT(total, budget * 9 / 10);
+      // Block 2's own offsets (csnroffst, then fsnroffst and fgaincod of each channel) come
+      // out of the mantissas' budget, however closely the raise fills it.
+      const int offsets_bits = 6 + 7 * f->AllocChannels();
+      for (int tight = budget - 400; tight < budget; ++tight) {
+        f->snr_index = 0;
+        std::fill(f->snr_boost, f->snr_boost + kBlocks, 0);
+        ASSERT_TRUE(AllocateFrame(tight, limit, true, f.get()));
+        ASSERT_TRUE(f->NewSnrOffsets(2));
+        ASSERT_LE(bits_of_blocks(0, kBlocks) + offsets_bits, tight) << "budget " << tight;
+      }
+    } else {
+      for (int b = 0; b < kBlocks; ++b) EXPECT_EQ(f->snr_boost[b], 0);
+      EXPECT_LT(total, budget * 9 / 10);
+    }
+  }
 }
 
 // Zero-bit bins of a dense spectrum are filled with noise by the decoder; bins that held
