@@ -54,6 +54,25 @@ int StageCount(int size) {
   return stages;
 }
 
+// W, W^2 and W^3 of a radix-2^2 pass over groups of 4q points, for j = 0 .. q - 1.
+struct Radix4Twiddles {
+  const float *w_re, *w_im, *w2_re, *w2_im, *w3_re, *w3_im;
+  explicit Radix4Twiddles(int q) {
+    const Twiddles& tw = TheTwiddles();
+    w_re = tw.w1_re + 2 * q, w_im = tw.w1_im + 2 * q;
+    w2_re = tw.w1_re + q, w2_im = tw.w1_im + q;
+    w3_re = tw.w3_re + q, w3_im = tw.w3_im + q;
+  }
+};
+
+// The four quarters (a, b, c, d) of the group of 4q points at `start`.
+struct Quarters {
+  float *ar, *ai, *br, *bi, *cr, *ci, *dr, *di;
+  Quarters(float* re, float* im, int start, int q)
+      : ar(re + start), ai(im + start), br(ar + q), bi(ai + q), cr(ar + 2 * q), ci(ai + 2 * q),
+        dr(ar + 3 * q), di(ai + 3 * q) {}
+};
+
 // Decimation in time, stages of halves of 1 and 2 points at once: their twiddles are 1 and
 // -i (+i when conjugated), no multiplications.
 template <bool kConjugate>
@@ -79,29 +98,16 @@ void DitFirstTwoStages(float* re, float* im, int size) {
 // radix-2 stages take four, and one pass over the data instead of two.
 template <bool kConjugate>
 void DitRadix4Stage(float* re, float* im, int size, int q) {
-  const Twiddles& tw = TheTwiddles();
   const float sign = kConjugate ? -1.0f : 1.0f;
-  const float* __restrict w1r = tw.w1_re + 2 * q;
-  const float* __restrict w1i = tw.w1_im + 2 * q;
-  const float* __restrict w2r = tw.w1_re + q;
-  const float* __restrict w2i = tw.w1_im + q;
-  const float* __restrict w3r = tw.w3_re + q;
-  const float* __restrict w3i = tw.w3_im + q;
+  const Radix4Twiddles w(q);
   for (int start = 0; start < size; start += 4 * q) {
-    float* __restrict ar = re + start;
-    float* __restrict ai = im + start;
-    float* __restrict br = ar + q;
-    float* __restrict bi = ai + q;
-    float* __restrict cr = ar + 2 * q;
-    float* __restrict ci = ai + 2 * q;
-    float* __restrict dr = ar + 3 * q;
-    float* __restrict di = ai + 3 * q;
+    const auto [ar, ai, br, bi, cr, ci, dr, di] = Quarters(re, im, start, q);
     DDPI_INDEPENDENT_ITERATIONS
     for (int j = 0; j < q; ++j) {
-      const float wi1 = sign * w1i[j], wi2 = sign * w2i[j], wi3 = sign * w3i[j];
-      const float Br = br[j] * w2r[j] - bi[j] * wi2, Bi = br[j] * wi2 + bi[j] * w2r[j];
-      const float Cr = cr[j] * w1r[j] - ci[j] * wi1, Ci = cr[j] * wi1 + ci[j] * w1r[j];
-      const float Dr = dr[j] * w3r[j] - di[j] * wi3, Di = dr[j] * wi3 + di[j] * w3r[j];
+      const float wi = sign * w.w_im[j], wi2 = sign * w.w2_im[j], wi3 = sign * w.w3_im[j];
+      const float Br = br[j] * w.w2_re[j] - bi[j] * wi2, Bi = br[j] * wi2 + bi[j] * w.w2_re[j];
+      const float Cr = cr[j] * w.w_re[j] - ci[j] * wi, Ci = cr[j] * wi + ci[j] * w.w_re[j];
+      const float Dr = dr[j] * w.w3_re[j] - di[j] * wi3, Di = dr[j] * wi3 + di[j] * w.w3_re[j];
       const float sr = ar[j] + Br, si = ai[j] + Bi;
       const float tr = ar[j] - Br, ti = ai[j] - Bi;
       const float ur = Cr + Dr, ui = Ci + Di;
@@ -154,22 +160,9 @@ void FftFromBitReversed(float* re, float* im, int size) {
 // j + 2q, j + 3q of each group, s = a + c, t = a - c, u = b + d, v = b - d, the outputs are
 // s + u, (s - u) W^2, (t - i v) W, (t + i v) W^3.
 void DifRadix4Stage(float* re, float* im, int size, int q) {
-  const Twiddles& tw = TheTwiddles();
-  const float* __restrict w1r = tw.w1_re + 2 * q;
-  const float* __restrict w1i = tw.w1_im + 2 * q;
-  const float* __restrict w2r = tw.w1_re + q;
-  const float* __restrict w2i = tw.w1_im + q;
-  const float* __restrict w3r = tw.w3_re + q;
-  const float* __restrict w3i = tw.w3_im + q;
+  const Radix4Twiddles w(q);
   for (int start = 0; start < size; start += 4 * q) {
-    float* __restrict ar = re + start;
-    float* __restrict ai = im + start;
-    float* __restrict br = ar + q;
-    float* __restrict bi = ai + q;
-    float* __restrict cr = ar + 2 * q;
-    float* __restrict ci = ai + 2 * q;
-    float* __restrict dr = ar + 3 * q;
-    float* __restrict di = ai + 3 * q;
+    const auto [ar, ai, br, bi, cr, ci, dr, di] = Quarters(re, im, start, q);
     DDPI_INDEPENDENT_ITERATIONS
     for (int j = 0; j < q; ++j) {
       const float sr = ar[j] + cr[j], si = ai[j] + ci[j];
@@ -180,9 +173,9 @@ void DifRadix4Stage(float* re, float* im, int size, int q) {
       const float yr = tr + vi, yi = ti - vr;  // t - i v, times W
       const float zr = tr - vi, zi = ti + vr;  // t + i v, times W^3
       ar[j] = sr + ur, ai[j] = si + ui;
-      br[j] = xr * w2r[j] - xi * w2i[j], bi[j] = xr * w2i[j] + xi * w2r[j];
-      cr[j] = yr * w1r[j] - yi * w1i[j], ci[j] = yr * w1i[j] + yi * w1r[j];
-      dr[j] = zr * w3r[j] - zi * w3i[j], di[j] = zr * w3i[j] + zi * w3r[j];
+      br[j] = xr * w.w2_re[j] - xi * w.w2_im[j], bi[j] = xr * w.w2_im[j] + xi * w.w2_re[j];
+      cr[j] = yr * w.w_re[j] - yi * w.w_im[j], ci[j] = yr * w.w_im[j] + yi * w.w_re[j];
+      dr[j] = zr * w.w3_re[j] - zi * w.w3_im[j], di[j] = zr * w.w3_im[j] + zi * w.w3_re[j];
     }
   }
 }
