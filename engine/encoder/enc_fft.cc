@@ -65,6 +65,13 @@ struct Radix4Twiddles {
   }
 };
 
+// The two halves (a, b) of the group of 2h points at `start`.
+struct Halves {
+  float *ar, *ai, *br, *bi;
+  Halves(float* re, float* im, int start, int h)
+      : ar(re + start), ai(im + start), br(ar + h), bi(ai + h) {}
+};
+
 // The four quarters (a, b, c, d) of the group of 4q points at `start`.
 struct Quarters {
   float *ar, *ai, *br, *bi, *cr, *ci, *dr, *di;
@@ -124,15 +131,11 @@ void DitRadix4Stage(float* re, float* im, int size, int q) {
 // Decimation in time, one radix-2 stage joining halves of h points.
 template <bool kConjugate>
 void DitRadix2Stage(float* re, float* im, int size, int h) {
-  const Twiddles& tw = TheTwiddles();
   const float sign = kConjugate ? -1.0f : 1.0f;
-  const float* __restrict wr = tw.w1_re + h;
-  const float* __restrict wi = tw.w1_im + h;
+  const float* wr = TheTwiddles().w1_re + h;
+  const float* wi = TheTwiddles().w1_im + h;
   for (int start = 0; start < size; start += 2 * h) {
-    float* __restrict ar = re + start;
-    float* __restrict ai = im + start;
-    float* __restrict br = re + start + h;
-    float* __restrict bi = im + start + h;
+    const auto [ar, ai, br, bi] = Halves(re, im, start, h);
     for (int j = 0; j < h; ++j) {
       const float w_im = sign * wi[j];
       const float tr = br[j] * wr[j] - bi[j] * w_im;
@@ -182,14 +185,10 @@ void DifRadix4Stage(float* re, float* im, int size, int q) {
 
 // Decimation in frequency, one radix-2 stage splitting groups of 2h points into halves.
 void DifRadix2Stage(float* re, float* im, int size, int h) {
-  const Twiddles& tw = TheTwiddles();
-  const float* __restrict wr = tw.w1_re + h;
-  const float* __restrict wi = tw.w1_im + h;
+  const float* wr = TheTwiddles().w1_re + h;
+  const float* wi = TheTwiddles().w1_im + h;
   for (int start = 0; start < size; start += 2 * h) {
-    float* __restrict ar = re + start;
-    float* __restrict ai = im + start;
-    float* __restrict br = re + start + h;
-    float* __restrict bi = im + start + h;
+    const auto [ar, ai, br, bi] = Halves(re, im, start, h);
     for (int j = 0; j < h; ++j) {
       const float dr = ar[j] - br[j], di = ai[j] - bi[j];
       ar[j] += br[j];
