@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ac3_tables.h"
@@ -279,26 +280,32 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   EXPECT_LT(PlanForRate(128, 2, false).cplbegf, PlanForRate(192, 2, false).cplbegf);
   constexpr int kLength = kHistory + kFrameInput;
   enum Pair { kPanned, kApartBelowRange, kApart };
-  for (int kbps : {128, 192}) {
-    const CodingPlan plan = PlanForRate(kbps, 2, false);
-    ASSERT_TRUE(plan.coupling && plan.cplbegf > 0);
+  auto analyze = [](const CodingPlan& plan, Pair pair) {
+    auto f = NewFrame(2);
+    std::vector<float> input(2 * kLength);
+    uint32_t seed = 5;
+    for (int c = 0; c < 2; ++c)
+      for (int n = 0; n < kLength; ++n) {
+        const float noise = Noise(&seed);
+        const float tone = 0.1f * static_cast<float>(std::sin(2 * M_PI * 4000 * n / 48000.0));
+        input[c * kLength + n] = c == 0            ? 0.3f * noise
+                                 : pair == kApart  ? 0.3f * noise
+                                 : pair == kPanned ? 0.5f * input[n]
+                                                   : 0.5f * input[n] + tone;
+      }
+    const float* channels[2] = {&input[0], &input[kLength]};
+    BlockAttack attacks[kMaxChannels][kBlocks] = {};
+    AnalyzeFrame(channels, attacks, plan, f.get());
+    return f;
+  };
+  // AC-3 at both ends of the range, and E-AC-3 where it runs without the extension.
+  for (auto [kbps, eac3] : {std::pair{128, false}, {192, false}, {192, true}}) {
+    const CodingPlan plan = PlanForRate(kbps, 2, false, eac3);
+    ASSERT_TRUE(plan.coupling && plan.cplbegf > 0 && !plan.spx);
     for (Pair pair : {kPanned, kApartBelowRange, kApart}) {
-      SCOPED_TRACE(std::to_string(kbps) + " kbps, pair " + std::to_string(pair));
-      auto f = NewFrame(2);
-      std::vector<float> input(2 * kLength);
-      uint32_t seed = 5;
-      for (int c = 0; c < 2; ++c)
-        for (int n = 0; n < kLength; ++n) {
-          const float noise = Noise(&seed);
-          const float tone = 0.1f * static_cast<float>(std::sin(2 * M_PI * 4000 * n / 48000.0));
-          input[c * kLength + n] = c == 0     ? 0.3f * noise
-                                   : pair == kApart ? 0.3f * noise
-                                   : pair == kPanned ? 0.5f * input[n]
-                                                     : 0.5f * input[n] + tone;
-        }
-      const float* channels[2] = {&input[0], &input[kLength]};
-      BlockAttack attacks[kMaxChannels][kBlocks] = {};
-      AnalyzeFrame(channels, attacks, plan, f.get());
+      SCOPED_TRACE(std::to_string(kbps) + (eac3 ? " kbps E-AC-3" : " kbps AC-3") + ", pair " +
+                   std::to_string(pair));
+      const auto f = analyze(plan, pair);
       EXPECT_EQ(f->cplinu, pair != kApart);
       if (f->cplinu) {
         EXPECT_EQ(f->cpl.begf, pair == kPanned ? 0 : plan.cplbegf);
@@ -310,6 +317,13 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
       for (int b = 0; b < kBlocks; ++b) EXPECT_LT(ch.exp[b][ch.end - 1], 16) << "block " << b;
     }
   }
+  // Where the extension runs, rebuilding its band from below, even a panned pair keeps the
+  // planned coupling range.
+  const CodingPlan extended = PlanForRate(128, 2, false, true);
+  ASSERT_TRUE(extended.spx && extended.coupling);
+  const auto f = analyze(extended, kPanned);
+  ASSERT_TRUE(f->cplinu);
+  EXPECT_EQ(f->cpl.begf, extended.cplbegf);
 }
 
 // `length` samples of a held pitch pipe (880 Hz, partials falling as 1 / h up to 19 kHz) or
