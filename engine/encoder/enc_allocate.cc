@@ -139,16 +139,16 @@ void RaiseBlocksAfterTheEarlyOnes(int t, int offsets_bits, int* mantissa_budget,
   constexpr int kStep = 16;  // one coarse offset step
   const bool sent_before = f->NewSnrOffsets(2);
   const int budget = *mantissa_budget;
+  auto raise = [&](int step) {
+    for (int b = 2; b < kBlocks; ++b) f->snr_boost[b] += step;
+    *mantissa_budget = budget - (!sent_before && f->NewSnrOffsets(2) ? offsets_bits : 0);
+  };
   for (;;) {
     for (int b = 2; b < kBlocks; ++b)
       if ((t >> 4) + (f->snr_boost[b] + kStep) / 16 > 63) return;
-    for (int b = 2; b < kBlocks; ++b) f->snr_boost[b] += kStep;
-    const int reserve = !sent_before && f->NewSnrOffsets(2) ? offsets_bits : 0;
-    const int kept = *mantissa_budget;
-    *mantissa_budget = budget - reserve;
+    raise(kStep);
     if (fits(t)) continue;
-    for (int b = 2; b < kBlocks; ++b) f->snr_boost[b] -= kStep;
-    *mantissa_budget = kept;
+    raise(-kStep);
     return;
   }
 }
