@@ -322,8 +322,25 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   const CodingPlan extended = PlanForRate(128, 2, false, true);
   ASSERT_TRUE(extended.spx && extended.coupling);
   const auto f = analyze(extended, kPanned);
-  ASSERT_TRUE(f->cplinu);
+  ASSERT_TRUE(f->cplinu && f->spxinu);
   EXPECT_EQ(f->cpl.begf, extended.cplbegf);
+  // A panned frame whose content ends below the extended range goes without the extension,
+  // and then couples from 3.5 kHz after all.
+  auto below_range = NewFrame(2);
+  std::vector<float> input(2 * kLength);
+  for (int n = 0; n < kLength; ++n) {
+    double v = 0;
+    for (double hz : {1000.0, 4000.0, 6000.0, 9000.0})
+      v += 0.05 * std::sin(2 * M_PI * hz * n / 48000.0);
+    input[n] = static_cast<float>(v);
+    input[kLength + n] = 0.5f * input[n];
+  }
+  const float* channels[2] = {&input[0], &input[kLength]};
+  BlockAttack attacks[kMaxChannels][kBlocks] = {};
+  AnalyzeFrame(channels, attacks, extended, below_range.get());
+  EXPECT_FALSE(below_range->spxinu);
+  ASSERT_TRUE(below_range->cplinu);
+  EXPECT_EQ(below_range->cpl.begf, 0);
 }
 
 // `length` samples of a held pitch pipe (880 Hz, partials falling as 1 / h up to 19 kHz) or

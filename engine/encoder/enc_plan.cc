@@ -388,13 +388,7 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   ChooseCoupling(per_channel, acmod, end, &plan);
-  // Not where the extension runs: the decoder rebuilds its band from a source that coupling
-  // then reaches into, and at E-AC-3 2.0 128k the castanets' quiet tails so coded put 1 dB
-  // more error above 12 kHz before two onsets (0.5 / 0.6 dB more pre-echo) for a gain within
-  // noise (+0.479 / +0.282 -> +0.480 / +0.301). Without the extension E-AC-3 gains as AC-3
-  // does: 2.0 192k +0.110 / +0.273 -> +0.098 / +0.297 (reed +0.17 / +0.11, pitch pipe -0.27 /
-  // +0.26), no attack moved.
-  plan.panned_pairs_couple_low = plan.coupling && acmod == 2 && !plan.spx;
+  plan.panned_pairs_couple_low = plan.coupling && acmod == 2;
   if (!plan.attack_channels_uncoupled) plan.attack_frames_uncoupled |= plan.boost_by_delta;
   plan.cplendf_alone = plan.cplendf;
   if (plan.spx && plan.coupling) {
