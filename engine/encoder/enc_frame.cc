@@ -205,6 +205,7 @@ bool AnyBlockAroundAttack(const FrameData& f) {
 constexpr double kPannedCorrelation = 0.95;
 
 bool PannedPair(const FrameData& f, int planned_begf) {
+  if (f.acmod != 2) return false;
   for (int s = 0; s < planned_begf; ++s) {
     const CouplingGram gram =
         CouplingProducts(f, ac3::CouplingSubbandBin(s), ac3::CouplingSubbandBin(s + 1));
@@ -443,7 +444,7 @@ void AnalyzeFrame(const float* const* input, const BlockAttack attacks[][kBlocks
     if (f->spxinu) LeaveExtensionWithoutContent(programme_end, f);
     if (!f->spxinu && f->cplinu) MakeCouplingLayout(f->cpl.begf, plan.cplendf_alone, &f->cpl);
   }
-  if (f->cplinu && !f->spxinu && plan.panned_pairs_couple_low && PannedPair(*f, plan.cplbegf))
+  if (f->cplinu && !f->spxinu && PannedPair(*f, plan.cplbegf))
     MakeCouplingLayout(0, f->cpl.endf, &f->cpl);
   if (!f->spxinu) EndBandsWithContent(plan, programme_end, f);
   auto uncoupled_end = [&](int c) {

@@ -388,7 +388,6 @@ CodingPlan PlanForRate(int kbps, int acmod, bool lfe, bool extension) {
   // The extension first: at the low rates it takes the place of coupling.
   if (extension) ChooseSpectralExtension(per_channel, end, &plan);
   ChooseCoupling(per_channel, acmod, end, &plan);
-  plan.panned_pairs_couple_low = plan.coupling && acmod == 2;
   if (!plan.attack_channels_uncoupled) plan.attack_frames_uncoupled |= plan.boost_by_delta;
   plan.cplendf_alone = plan.cplendf;
   if (plan.spx && plan.coupling) {

@@ -31,9 +31,6 @@ struct CodingPlan {
   // channels whose attack the frame boosts by delta bit allocation leave it.
   bool attack_frames_uncoupled = false;
   bool attack_channels_uncoupled = false;
-  // A stereo frame whose channels are scaled copies of each other couples from 3.5 kHz (see
-  // PannedPair).
-  bool panned_pairs_couple_low = false;
   // Spectral extension: its range and bands, the noise blend of every channel and how many
   // blocks share one set of coordinates.
   bool spx = false;
