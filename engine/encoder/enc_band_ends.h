@@ -1,7 +1,8 @@
 // Where each channel's coded band ends in a frame: with its content, lower for steady or
-// clearly tonal channels where that pays, and the coupling range with the programme. These
-// run in AnalyzeFrame before the extension and coupling are decided; each returns the
-// programme's end (the highest channel's) as it leaves them.
+// clearly tonal channels where that pays, and the coupling range with the programme. In
+// AnalyzeFrame the first three run before the extension is chosen and each returns the
+// programme's end (the highest channel's end) as it leaves them; EndBandsWithContent runs
+// after, in frames that go without the extension.
 #ifndef DDPI_ENGINE_ENCODER_ENC_BAND_ENDS_H
 #define DDPI_ENGINE_ENCODER_ENC_BAND_ENDS_H
 
