@@ -279,8 +279,15 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   EXPECT_FALSE(PlanForRate(256, 2, false).coupling);
   EXPECT_LT(PlanForRate(128, 2, false).cplbegf, PlanForRate(192, 2, false).cplbegf);
   constexpr int kLength = kHistory + kFrameInput;
-  enum Pair { kPanned, kApartBelowRange, kApart };
-  auto analyze = [](const CodingPlan& plan, Pair pair) {
+  // kPannedTones: four tones up to 9 kHz, panned, content that ends below an extended range.
+  enum Pair { kPanned, kApartBelowRange, kApart, kPannedTones };
+  auto tones = [](int n) {
+    double v = 0;
+    for (double hz : {1000.0, 4000.0, 6000.0, 9000.0})
+      v += 0.05 * std::sin(2 * M_PI * hz * n / 48000.0);
+    return static_cast<float>(v);
+  };
+  auto analyze = [&tones](const CodingPlan& plan, Pair pair) {
     auto f = NewFrame(2);
     std::vector<float> input(2 * kLength);
     uint32_t seed = 5;
@@ -288,10 +295,12 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
       for (int n = 0; n < kLength; ++n) {
         const float noise = Noise(&seed);
         const float tone = 0.1f * static_cast<float>(std::sin(2 * M_PI * 4000 * n / 48000.0));
-        input[c * kLength + n] = c == 0            ? 0.3f * noise
-                                 : pair == kApart  ? 0.3f * noise
-                                 : pair == kPanned ? 0.5f * input[n]
-                                                   : 0.5f * input[n] + tone;
+        const bool panned = pair == kPanned || pair == kPannedTones;
+        input[c * kLength + n] = c == 0 && pair == kPannedTones ? tones(n)
+                                 : c == 0                       ? 0.3f * noise
+                                 : pair == kApart               ? 0.3f * noise
+                                 : panned                       ? 0.5f * input[n]
+                                                                : 0.5f * input[n] + tone;
       }
     const float* channels[2] = {&input[0], &input[kLength]};
     BlockAttack attacks[kMaxChannels][kBlocks] = {};
@@ -326,18 +335,7 @@ TEST(Frame, StereoCouplingFollowsRateAndChannelAgreement) {
   EXPECT_EQ(f->cpl.begf, extended.cplbegf);
   // A panned frame whose content ends below the extended range goes without the extension,
   // and then couples from 3.5 kHz after all.
-  auto below_range = NewFrame(2);
-  std::vector<float> input(2 * kLength);
-  for (int n = 0; n < kLength; ++n) {
-    double v = 0;
-    for (double hz : {1000.0, 4000.0, 6000.0, 9000.0})
-      v += 0.05 * std::sin(2 * M_PI * hz * n / 48000.0);
-    input[n] = static_cast<float>(v);
-    input[kLength + n] = 0.5f * input[n];
-  }
-  const float* channels[2] = {&input[0], &input[kLength]};
-  BlockAttack attacks[kMaxChannels][kBlocks] = {};
-  AnalyzeFrame(channels, attacks, extended, below_range.get());
+  const auto below_range = analyze(extended, kPannedTones);
   EXPECT_FALSE(below_range->spxinu);
   ASSERT_TRUE(below_range->cplinu);
   EXPECT_EQ(below_range->cpl.begf, 0);
